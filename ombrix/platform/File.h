@@ -1,0 +1,28 @@
+// Questions about single files, and the narrow file streams used for the small exchange files.
+#pragma once
+
+#include "ombrix/OmbrixExport.h"
+
+#include <fstream>
+#include <string>
+
+namespace FileSystem
+{
+
+// Plain narrow file streams; paths use forward slashes on every system.
+using ZQifstream = std::ifstream;
+using ZQofstream = std::ofstream;
+
+class OMBRIX_API File
+{
+public:
+  // True when `path` names an existing regular file (or a link to one). Never throws.
+  static bool exists(const std::string& path);
+  // Removes the file if it exists; true when no file is left behind. Never throws.
+  static bool remove(const std::string& path);
+  // Writes `content` to a temporary name beside `path` and renames it into place, so that a reader
+  // sees either the old or the new content in full. Returns false when writing or renaming fails.
+  static bool writeAtomically(const std::string& path, const std::string& content);
+};
+
+} // namespace FileSystem
