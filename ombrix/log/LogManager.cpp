@@ -89,6 +89,11 @@ bool LogManager::isActive() const
   return !m_path.empty();
 }
 
+LogLevel LogManager::getLevel() const
+{
+  return m_level.load();
+}
+
 bool LogManager::accepts(LogLevel level) const
 {
   return static_cast<std::int32_t>(level) <= static_cast<std::int32_t>(m_level.load()) && isActive();

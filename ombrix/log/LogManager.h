@@ -56,6 +56,8 @@ public:
   // Writes the finish line and switches logging off; the level stays. Does nothing when inactive.
   void terminate();
   bool isActive() const;
+  // The level stored by the last initialize (Error before the first).
+  LogLevel getLevel() const;
 
   void addToLog(LogLevel level, const char* format, ...) OMBRIX_PRINTF_FORMAT(3, 4);
   void addToLog(TimePoint when, LogLevel level, const char* format, ...) OMBRIX_PRINTF_FORMAT(4, 5);
