@@ -1,0 +1,73 @@
+// Shared by the log tests: a fixture that gives each test its own log file and leaves the
+// process-wide manager inactive at level Error afterwards, plus helpers to read what was written.
+#pragma once
+
+#include "ombrix/log/LogManager.h"
+
+#include "support/TestSupport.h"
+
+#include <chrono>
+#include <gtest/gtest.h>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace OmbrixTest
+{
+
+class LogFileFixture : public ::testing::Test
+{
+protected:
+  void SetUp() override { reset(); }
+  void TearDown() override { reset(); }
+
+  static void reset()
+  {
+    Ombrix::LogManager::instance().terminate();
+    Ombrix::LogManager::instance().initialize("", Ombrix::LogLevel::Error);
+  }
+
+  // The log file's lines without their "\n"; the last line must be complete.
+  std::vector<std::string> lines() const
+  {
+    const std::string content = readFile(logPath);
+    std::vector<std::string> result;
+    if (content.empty())
+      return result;
+    EXPECT_EQ(content.back(), '\n') << "the log ends in a partial line";
+    std::istringstream stream(content);
+    for (std::string line; std::getline(stream, line);)
+      result.push_back(line);
+    return result;
+  }
+
+  TempDir dir;
+  std::string logPath = dir.file("ombrix.log");
+};
+
+// The line without its "[<time stamp>]:" prefix; fails the test when the prefix is malformed.
+inline std::string withoutStamp(const std::string& line)
+{
+  static const std::regex stamp(R"(^\[\d{4}-\d{2}-\d{2}T\d{2}:\d{2}:\d{2}\.\d{3,4}Z\]:)");
+  std::smatch match;
+  if (!std::regex_search(line, match, stamp))
+  {
+    ADD_FAILURE() << "no time stamp at the start of: " << line;
+    return line;
+  }
+  return match.suffix().str();
+}
+
+// A UTC time point from its calendar parts and a sub-second offset.
+inline std::chrono::system_clock::time_point utc(int year, unsigned month, unsigned day, int hour, int minute,
+                                                 int second, std::chrono::nanoseconds fraction = {})
+{
+  using namespace std::chrono;
+  const sys_days date =
+      year_month_day{std::chrono::year{year}, std::chrono::month{month}, std::chrono::day{day}};
+  return time_point_cast<system_clock::duration>(date + hours{hour} + minutes{minute} + seconds{second} +
+                                                 fraction);
+}
+
+} // namespace OmbrixTest
