@@ -2,6 +2,7 @@
 // entities. The two differ only in their type number, host interface and visitor overload.
 #pragma once
 
+#include "ombrix/model/AttributeEx.h"
 #include "ombrix/model/EntityLinkAttributeBase.h"
 #include "ombrix/sdk/SDKInterfaceImpl.h"
 

@@ -77,7 +77,12 @@ Entity* LinkAttribute::getEntity(std::size_t index, bool flag)
   return const_cast<Entity*>(std::as_const(*this).getEntity(index, flag));
 }
 
-Entity* LinkAttribute::getEntity(bool) const
+Entity* LinkAttribute::getEntity(bool)
+{
+  return m_entity.get();
+}
+
+const Entity* LinkAttribute::getEntity(bool) const
 {
   return m_entity.get();
 }

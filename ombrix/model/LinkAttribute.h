@@ -1,6 +1,7 @@
 // An attribute that holds at most one entity; adding another destroys the one held.
 #pragma once
 
+#include "ombrix/model/AttributeEx.h"
 #include "ombrix/model/EntityLinkAttributeBase.h"
 #include "ombrix/sdk/SDKInterfaceImpl.h"
 
@@ -31,7 +32,8 @@ public:
   const Entity* getEntity(std::size_t index, bool flag = false) const override;
   Entity* getEntity(std::size_t index, bool flag = false) override;
   // The held entity or null; never throws.
-  Entity* getEntity(bool flag = false) const;
+  Entity* getEntity(bool flag = false);
+  const Entity* getEntity(bool flag = false) const;
   bool hasEntity(const EntityID& id, bool flag = false) const override;
   bool hasEntity(std::size_t index, bool flag = false) const override;
   bool hasEntity(bool flag = false) const;
