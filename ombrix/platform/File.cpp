@@ -1,5 +1,7 @@
 #include "ombrix/platform/File.h"
 
+#include "ombrix/platform/FileCloser.h"
+
 #include <filesystem>
 #include <system_error>
 
@@ -34,6 +36,31 @@ bool File::writeAtomically(const std::string& path, const std::string& content)
   std::error_code error;
   std::filesystem::rename(temporary, path, error);
   return !error;
+}
+
+bool File::readAll(const std::string& path, std::string& content)
+{
+  content.clear();
+  // Only regular files: a directory can be opened on some systems and reports a meaningless size.
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error))
+    return false;
+  const auto size = std::filesystem::file_size(path, error);
+  if (error)
+    return false;
+  FilePtr file = FileSystem::fopen(path, "rb");
+  if (!file)
+    return false;
+  content.resize(static_cast<std::size_t>(size));
+  const std::size_t got = std::fread(content.data(), 1, content.size(), file.get());
+  if (std::ferror(file.get()))
+  {
+    content.clear();
+    return false;
+  }
+  // A file that shrank meanwhile gives what was there.
+  content.resize(got);
+  return true;
 }
 
 } // namespace FileSystem

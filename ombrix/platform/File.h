@@ -23,6 +23,9 @@ public:
   // Writes `content` to a temporary name beside `path` and renames it into place, so that a reader
   // sees either the old or the new content in full. Returns false when writing or renaming fails.
   static bool writeAtomically(const std::string& path, const std::string& content);
+  // Replaces `content` with the whole content of the regular file `path`, read with one read call. Returns
+  // false, leaving `content` empty, when `path` is not a readable regular file.
+  static bool readAll(const std::string& path, std::string& content);
 };
 
 } // namespace FileSystem

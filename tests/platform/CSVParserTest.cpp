@@ -1,0 +1,238 @@
+#include "ombrix/platform/CSVParser.h"
+
+#include "support/TestSupport.h"
+
+#include <gtest/gtest.h>
+#include <random>
+
+using FileSystem::CSVParser;
+using Table = CSVParser::Table;
+
+namespace
+{
+
+struct ParseCase
+{
+  const char* name;
+  std::string text;
+  Table rows;
+  bool skipEmptyRows = false;
+  bool acceptCRLF = true;
+};
+
+} // namespace
+
+TEST(CSVParser, SplitsTextIntoRowsAndFields)
+{
+  const ParseCase cases[] = {
+      {"empty text", "", {}},
+      {"last line without line end", "a,b,c", {{"a", "b", "c"}}},
+      {"trailing line end adds no row", "a,b\n", {{"a", "b"}}},
+      {"empty line is a row without fields", "a\n\nb\n", {{"a"}, {}, {"b"}}},
+      {"only a line end", "\n", {{}}},
+      {"empty fields", "a,\n,b\n,\n", {{"a", ""}, {"", "b"}, {"", ""}}},
+      {"trailing separator at the end", "a,", {{"a", ""}}},
+      {"one empty quoted field", "\"\"\n", {{""}}},
+      {"quoted separator and doubled quote", "\"a,b\",\"c\"\"d\",e\n", {{"a,b", "c\"d", "e"}}},
+      {"only a quote", "\"\"\"\"", {{"\""}}},
+      {"line ends inside quotes", "\"x\ny\",\"\r\"\n", {{"x\ny", "\r"}}},
+      {"quote inside an unquoted field", "ab\"c,d\n", {{"ab\"c", "d"}}},
+      {"blank before a quote keeps the field unquoted", " \"a\"\n", {{" \"a\""}}},
+      {"CRLF", "a,b\r\n\r\nc\r\n", {{"a", "b"}, {}, {"c"}}},
+      {"CR before the end of the text", "a\r", {{"a"}}},
+      {"CR inside a field stays", "a\rb\r\n", {{"a\rb"}}},
+      {"quoted field before CRLF", "\"a\"\r\n\"b\"\r", {{"a"}, {"b"}}},
+      {"CR kept without acceptCRLF", "a\r\nb\r\n", {{"a\r"}, {"b\r"}}, false, false},
+      {"empty rows skipped", "a\n\n\r\nb\n\n", {{"a"}, {"b"}}, true},
+      {"an empty field is not an empty row", "\n\"\"\n,\n", {{""}, {"", ""}}, true},
+      {"bytes above 127", "\xc3\xa4,\xe2\x82\xac\n", {{"\xc3\xa4", "\xe2\x82\xac"}}},
+      {"NUL bytes", std::string("a\0b,\0\n", 6), {{std::string("a\0b", 3), std::string(1, '\0')}}},
+  };
+  for (const ParseCase& c : cases)
+  {
+    SCOPED_TRACE(c.name);
+    CSVParser parser;
+    EXPECT_TRUE(parser.parseText(c.text, false, c.skipEmptyRows, c.acceptCRLF));
+    EXPECT_EQ(parser.rows(), c.rows);
+  }
+}
+
+TEST(CSVParser, TrimsBlanksAroundFieldsOnRequest)
+{
+  CSVParser trimming(',', true);
+  trimming.parseText(" a , \" b \" ,\tc\t\n  \n");
+  EXPECT_EQ(trimming.rows(), (Table{{"a", " b ", "c"}, {""}}));
+
+  // A tab separator is never eaten by trimming.
+  CSVParser tabs('\t', true);
+  tabs.parseText("a\t\t b \n");
+  EXPECT_EQ(tabs.rows(), (Table{{"a", "", "b"}}));
+
+  CSVParser keeping;
+  keeping.parseText(" a ,\tb\n");
+  EXPECT_EQ(keeping.rows(), (Table{{" a ", "\tb"}}));
+
+  // Blanks at the edges of a field are quoted so that they survive a trimming reader.
+  trimming.rows() = {{" x", "y\t", "z"}};
+  EXPECT_EQ(trimming.toText(), "\" x\",\"y\t\",z\n");
+}
+
+TEST(CSVParser, SkipsEmptyRowsWhenConstructedSo)
+{
+  CSVParser parser(',', false, true);
+  parser.parseText("a\n\nb\n");
+  EXPECT_EQ(parser.rows(), (Table{{"a"}, {"b"}}));
+}
+
+TEST(CSVParser, OtherSeparatorAndLineEnd)
+{
+  CSVParser parser(';', false, false, '|');
+  parser.parseText("a;b|\"c|d\";\"e;f\"|x\ny|");
+  EXPECT_EQ(parser.rows(), (Table{{"a", "b"}, {"c|d", "e;f"}, {"x\ny"}}));
+  EXPECT_EQ(parser.toText(), "a;b|\"c|d\";\"e;f\"|\"x\ny\"|");
+}
+
+TEST(CSVParser, WithoutQuotingQuotesAreOrdinaryCharacters)
+{
+  CSVParser parser(',', false, false, '\n', false);
+  parser.parseText("\"a,b\"\n\"\"\n");
+  EXPECT_EQ(parser.rows(), (Table{{"\"a", "b\""}, {"\"\""}}));
+  parser.rows() = {{"x,y", "\""}, {""}};
+  EXPECT_EQ(parser.toText(), "x,y,\"\n\n");
+}
+
+TEST(CSVParser, WritesFieldsQuotedOnlyWhereNeeded)
+{
+  const std::pair<Table, std::string> cases[] = {
+      {{}, ""},
+      {{{}}, "\n"},
+      {{{""}}, "\"\"\n"},
+      {{{"", ""}}, ",\n"},
+      {{{"a", "b"}, {}, {"c"}}, "a,b\n\nc\n"},
+      {{{"a,b", "say \"hi\"", "x\ny", "cr\r", "plain"}},
+       "\"a,b\",\"say \"\"hi\"\"\",\"x\ny\",\"cr\r\",plain\n"},
+      {{{"\"\""}}, "\"\"\"\"\"\"\n"},
+  };
+  for (const auto& [rows, text] : cases)
+  {
+    SCOPED_TRACE(text);
+    CSVParser parser;
+    parser.rows() = rows;
+    EXPECT_EQ(parser.toText(), text);
+  }
+}
+
+TEST(CSVParser, ReportsMalformedTextWithItsLine)
+{
+  const std::pair<std::string, std::string> cases[] = {
+      {"\"a", "CSV text: quoted field starting on line 1 is not closed"},
+      {"a\n\"b\nc\",\"d\ne\n", "CSV text: quoted field starting on line 3 is not closed"},
+      {"a,\"b\"\"", "CSV text: quoted field starting on line 1 is not closed"},
+      {"a\n\"b\"c\n", "CSV text: unexpected text after the closing quote of a field on line 2"},
+      {"\"x\ny\" ,z", "CSV text: unexpected text after the closing quote of a field on line 2"},
+      {"\"a\"\r\r\n", "CSV text: unexpected text after the closing quote of a field on line 1"},
+  };
+  for (const auto& [text, message] : cases)
+  {
+    SCOPED_TRACE(text);
+    CSVParser parser;
+    parser.rows() = {{"kept"}};
+    EXPECT_THROW_MSG(parser.parseText(text), std::runtime_error, message);
+    EXPECT_EQ(parser.rows(), (Table{{"kept"}}));
+    EXPECT_THROW_MSG(parser.parseText(text, true), std::runtime_error, message);
+    EXPECT_EQ(parser.rows(), (Table{{"kept"}}));
+  }
+}
+
+TEST(CSVParser, ReportsFilesThatCannotBeReadOrAreMalformed)
+{
+  OmbrixTest::TempDir dir;
+  const std::string missing = dir.file("missing.csv");
+  CSVParser parser;
+  EXPECT_THROW_MSG(parser.parseFile(missing), std::runtime_error, "Cannot read CSV file '" + missing + "'");
+  EXPECT_THROW_MSG(parser.parseFile(dir.path().string()), std::runtime_error,
+                   "Cannot read CSV file '" + dir.path().string() + "'");
+
+  const std::string broken = dir.file("broken.csv");
+  OmbrixTest::writeFile(broken, "a,b\nc,\"d\n");
+  EXPECT_THROW_MSG(parser.parseFile(broken), std::runtime_error,
+                   "CSV file '" + broken + "': quoted field starting on line 2 is not closed");
+}
+
+TEST(CSVParser, AppendsOrReplacesRows)
+{
+  CSVParser parser;
+  parser.parseText("a\n");
+  parser.parseText("b\n", true);
+  EXPECT_EQ(parser.rows(), (Table{{"a"}, {"b"}}));
+  parser.parseText("c\n");
+  EXPECT_EQ(parser.rows(), (Table{{"c"}}));
+  parser.clear();
+  EXPECT_TRUE(parser.rows().empty());
+}
+
+TEST(CSVParser, SavesToFiles)
+{
+  OmbrixTest::TempDir dir;
+  const std::string path = dir.file("out.csv");
+  CSVParser parser;
+  parser.rows() = {{"a", "b"}};
+  ASSERT_TRUE(parser.saveAs(path));
+  parser.rows() = {{"c"}};
+  ASSERT_TRUE(parser.saveAs(path, true));
+  EXPECT_EQ(OmbrixTest::readFile(path), "a,b\nc\n");
+  ASSERT_TRUE(parser.saveAs(path));
+  EXPECT_EQ(OmbrixTest::readFile(path), "c\n");
+
+  EXPECT_FALSE(parser.saveAs(dir.file("no/such/dir/out.csv")));
+  EXPECT_FALSE(parser.saveAs(dir.path().string()));
+}
+
+TEST(CSVParser, RejectsAmbiguousCharacters)
+{
+  EXPECT_THROW_MSG(CSVParser(',', false, false, ','), std::invalid_argument,
+                   "CSV separator and line end must be different characters");
+  EXPECT_THROW_MSG(CSVParser('"'), std::invalid_argument,
+                   "CSV separator and line end cannot be a double quote when quoting is on");
+  EXPECT_NO_THROW(CSVParser('"', false, false, '\n', false));
+}
+
+TEST(CSVParser, RandomTablesSurviveSaveAndParse)
+{
+  // Fields are drawn from characters that matter to the format, so that every combination of separators,
+  // quotes, CR, LF, blanks, empty fields, empty rows and multi-byte characters turns up.
+  const std::string pieces[] = {",",    "\"", "\r",  "\n",       "\r\n",         " ",
+                                "\t",   "a",  "xyz", "\xc3\xa4", "\xe2\x82\xac", std::string(1, '\0'),
+                                "\"\"", ";"};
+  std::mt19937 random(20240611u);
+  const auto below = [&](unsigned n) { return static_cast<unsigned>(random() % n); };
+  const auto randomTable = [&]
+  {
+    Table table(below(8));
+    for (auto& row : table)
+    {
+      row.resize(below(5));
+      for (auto& field : row)
+      {
+        for (unsigned n = below(5); n > 0; --n)
+          field += pieces[below(std::size(pieces))];
+      }
+    }
+    return table;
+  };
+
+  OmbrixTest::TempDir dir;
+  const std::string path = dir.file("round.csv");
+  for (int i = 0; i < 300; ++i)
+  {
+    const bool trim = i % 3 == 0;
+    CSVParser writer(',', trim);
+    writer.rows() = randomTable();
+    SCOPED_TRACE(writer.toText());
+    ASSERT_TRUE(writer.saveAs(path));
+
+    CSVParser reader(',', trim);
+    ASSERT_TRUE(reader.parseFile(path, false, false, i % 2 == 0));
+    ASSERT_EQ(reader.rows(), writer.rows());
+  }
+}
