@@ -164,13 +164,13 @@ TEST(StateFileReaderWriter, ZeroTriesOrMissingFileReadAsNoFile)
   writeFile(path, "1003\tClient_NewDataReady\t<END>");
   EXPECT_TRUE(file.exists());
   EXPECT_EQ(file.readState(1), SolveState::Client_NewDataReady);
+  // A complete file, yet without tries it is not looked at.
   for (int tries : {0, -1})
   {
     SCOPED_TRACE(tries);
-    const auto start = Clock::now();
+    file.writeState(SolveState::Client_NewDataReady, 1);
     EXPECT_EQ(file.readState(tries), SolveState::NoFile);
     EXPECT_EQ(file.getState(), SolveState::NoFile);
-    EXPECT_LT(millisecondsSince(start), 100) << "must not have tried the file";
   }
 }
 
@@ -182,7 +182,6 @@ TEST(StateFileReaderWriter, UnreadableNumberReadsAsNoFileAfterTries)
   for (const auto& [content, tries] : cases)
   {
     SCOPED_TRACE(content);
-    writeFile(path, content);
     StateFileReaderWriter file(path);
     file.writeState(SolveState::Solving, 1);
     writeFile(path, content);
