@@ -18,7 +18,7 @@ public:
   // Keeps `directory` without its trailing slash. Only CSVFileMode::Sequential engages the file counter
   // (at 0) and only CSVFileMode::Automatic sets the automatic flag; both stay as set here for the life of
   // the object.
-  InterfaceCSVCommon(const std::string& directory = "", CSVFileMode mode = CSVFileMode::Fixed);
+  explicit InterfaceCSVCommon(const std::string& directory = "", CSVFileMode mode = CSVFileMode::Fixed);
 
   // Bare file names in the exchange directory. The data file names carry `n` when it is given
   // ("in7.csv"), and are "in.csv" / "out.csv" otherwise.

@@ -13,7 +13,7 @@ class OMBRIX_API InterfaceCSVCommonSolver : public InterfaceCSVCommon
 public:
   // The directory is the value of "ZQ_KORVANOMBRIXDIRECTORY" when that variable is set (even to ""),
   // otherwise `directory`; kept without its trailing slash. Mode, counter and flag as for the base.
-  InterfaceCSVCommonSolver(const std::string& directory = "", CSVFileMode mode = CSVFileMode::Fixed);
+  explicit InterfaceCSVCommonSolver(const std::string& directory = "", CSVFileMode mode = CSVFileMode::Fixed);
 };
 
 } // namespace Ombrix

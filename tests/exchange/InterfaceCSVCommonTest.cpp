@@ -193,18 +193,6 @@ TEST(InterfaceCSVCommon, AutomaticAndOtherModesUseFixedNames)
   }
 }
 
-TEST(InterfaceCSVCommon, CopiesCarryTheCounter)
-{
-  Interface original("/x", CSVFileMode::Sequential);
-  original.increaseSequentialFileCounter(2);
-  Interface copy = original;
-  original.increaseSequentialFileCounter(1);
-  EXPECT_EQ(copy.getInFile(), "/x/in2.csv");
-  EXPECT_EQ(original.getInFile(), "/x/in3.csv");
-  Interface moved = std::move(copy);
-  EXPECT_EQ(moved.getOutFile(), "/x/out2.csv");
-}
-
 TEST(InterfaceCSVCommonSolver, EnvironmentOverridesDirectory)
 {
   DirectoryVariable variable(std::string("/from/env/"));

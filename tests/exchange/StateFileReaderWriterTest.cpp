@@ -3,7 +3,6 @@
 #include "support/TestSupport.h"
 
 #include <chrono>
-#include <filesystem>
 #include <gtest/gtest.h>
 #include <thread>
 #include <vector>
@@ -281,22 +280,4 @@ TEST(StateFileReaderWriter, WaitOnFilesTimesOut)
   const auto start = Clock::now();
   EXPECT_EQ(reader.waitForState(SolveState::Client_NewDataReady, 150), SolveState::Client_Solving);
   EXPECT_GE(millisecondsSince(start), 150);
-}
-
-TEST(StateFileReaderWriter, CopiesKeepPathAndState)
-{
-  TempDir dir;
-  const std::string path = dir.file("out.state");
-  StateFileReaderWriter original(path);
-  original.writeState(SolveState::Client_SolveStarted, 1);
-  StateFileReaderWriter copy(original);
-  EXPECT_EQ(copy.getState(), SolveState::Client_SolveStarted);
-  original.writeState(SolveState::Client_Solving, 1);
-  EXPECT_EQ(copy.getState(), SolveState::Client_SolveStarted);
-  EXPECT_EQ(copy.readState(1), SolveState::Client_Solving);
-
-  StateFileReaderWriter assigned;
-  assigned = std::move(copy);
-  EXPECT_EQ(assigned.getState(), SolveState::Client_Solving);
-  EXPECT_TRUE(assigned.exists());
 }
