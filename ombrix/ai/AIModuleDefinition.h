@@ -51,9 +51,11 @@ private:
 };
 
 // Section "AIModuleDefinition": bool (identifier set), the identifier as 64-bit unsigned only when set,
-// the type as 32-bit integer, the byte count as 64-bit unsigned, then the bytes one by one. Never throws;
-// a stream that goes bad leaves what was read so far (bytes not read stay zero, or the data is empty
-// when the stream failed before the bytes).
+// the type as 32-bit integer, the byte count as 64-bit unsigned, then the bytes one by one. Reading never
+// throws and keeps what was read before a failure: the data is sized to the count (zeros) and filled
+// while the stream is good, so bytes not read stay zero. When the stream fails before the bytes, or the
+// count exceeds what is left of the stream (a corrupt count, which could otherwise demand any amount of
+// memory), the stream fails and the data is emptied.
 OMBRIX_API FileSystem::DataOStream& operator<<(FileSystem::DataOStream& out,
                                                const AIModuleDefinition& definition);
 OMBRIX_API FileSystem::DataIStream& operator>>(FileSystem::DataIStream& in, AIModuleDefinition& definition);
