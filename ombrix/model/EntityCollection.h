@@ -58,11 +58,19 @@ public:
 
   const std::vector<AttributeContainer<Entity>>& getRootEntitites() const { return m_roots; }
   const SolutionControlDefinition& getSolutionControlDefinition() const { return m_solutionControl; }
-  void setSolutionControlDefinition(const SolutionControlDefinition& definition) { m_solutionControl = definition; }
+  void setSolutionControlDefinition(const SolutionControlDefinition& definition)
+  {
+    m_solutionControl = definition;
+  }
 
   // Counting. The trailing flag is accepted by every lookup and does not change what matches.
   std::size_t getNumberOfEntities(bool flag = false) const;
   std::size_t getNumberOfEntities(const std::string& type, bool flag = false) const;
+  // Without this, a literal type name would convert to the bool of the total count.
+  std::size_t getNumberOfEntities(const char* type, bool flag = false) const
+  {
+    return getNumberOfEntities(std::string(type), flag);
+  }
   std::size_t getNumberOfEntities(const EntityID& id, bool flag = false) const;
   std::size_t getNumberOfRootEntities(bool flag = false) const;
 
@@ -92,7 +100,8 @@ public:
   Entity* getEntity(const EntityID& id, bool flag = false) const;
   Entity* getEntity(const std::string& type, std::size_t index, bool flag = false) const;
   Entity* getEntity(const std::string& type, const std::string& name, bool flag = false) const;
-  Entity* getEntity(const std::string& type, const std::string& name, std::size_t index, bool flag = false) const;
+  Entity* getEntity(const std::string& type, const std::string& name, std::size_t index,
+                    bool flag = false) const;
   Entity* getEntity(const EntityTypeName& typeName, bool flag = false) const;
   Entity* operator[](const EntityTypeName& typeName) const { return getEntity(typeName); }
   // std::out_of_range "No Root Entity found with rootEntity_i='<index>'".
@@ -102,7 +111,8 @@ public:
   bool hasEntity(const EntityID& id, bool flag = false) const;
   bool hasEntity(const std::string& type, std::size_t index, bool flag = false) const;
   bool hasEntity(const std::string& type, const std::string& name, bool flag = false) const;
-  bool hasEntity(const std::string& type, const std::string& name, std::size_t index, bool flag = false) const;
+  bool hasEntity(const std::string& type, const std::string& name, std::size_t index,
+                 bool flag = false) const;
   bool hasEntity(const EntityTypeName& typeName, bool flag = false) const;
   std::optional<std::uint64_t> getEntityIndex(const EntityID& id, bool flag = false) const;
   std::optional<std::uint64_t> getEntityIndex(const Entity* entity, bool flag = false) const;
@@ -130,7 +140,8 @@ private:
   void invalidateIndex() const;
   // Positions of the entities matching type and name: full-name matches, else own-name matches.
   const std::vector<std::size_t>* typeNameMatches(const std::string& type, const std::string& name) const;
-  std::optional<std::size_t> positionOf(const std::string& type, const std::string& name, std::size_t index) const;
+  std::optional<std::size_t> positionOf(const std::string& type, const std::string& name,
+                                        std::size_t index) const;
 
   List m_entities;
   std::vector<AttributeContainer<Entity>> m_roots;
@@ -138,7 +149,8 @@ private:
   mutable std::unique_ptr<Index> m_index;
 };
 
-OMBRIX_API FileSystem::DataOStream& operator<<(FileSystem::DataOStream& out, const EntityCollection& collection);
+OMBRIX_API FileSystem::DataOStream& operator<<(FileSystem::DataOStream& out,
+                                               const EntityCollection& collection);
 OMBRIX_API FileSystem::DataIStream& operator>>(FileSystem::DataIStream& in, EntityCollection& collection);
 
 } // namespace Ombrix::Model
