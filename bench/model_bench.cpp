@@ -167,3 +167,29 @@ BENCHMARK(BM_BuildCollection)
 BENCHMARK(BM_LookupByID)->RangeMultiplier(8)->Range(1 << 10, 1 << 17)->Arg(100000);
 BENCHMARK(BM_LookupByTypeAndName)->RangeMultiplier(8)->Range(1 << 10, 1 << 17)->Arg(100000);
 BENCHMARK(BM_LookupByPath)->RangeMultiplier(8)->Range(1 << 10, 1 << 17)->Arg(100000);
+
+namespace
+{
+
+// A reader's pattern: make an entity, give it its identity, then look up an entity already listed.
+void BM_LookupWhileMakingEntities(benchmark::State& state)
+{
+  const std::int64_t n = state.range(0);
+  const EntityCollection& collection = collectionOf(n);
+  std::vector<EntityID> ids;
+  for (std::int64_t i : randomIndices(n))
+    ids.emplace_back(static_cast<int>(i), 1);
+  std::size_t k = 0;
+  for (auto _ : state)
+  {
+    Entity entity("Fresh", "Fresh");
+    entity.setUniqueID(EntityID(-1, static_cast<int>(k)));
+    entity.setName("Renamed");
+    benchmark::DoNotOptimize(collection.getEntity(ids[k++ & 4095]));
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+
+} // namespace
+
+BENCHMARK(BM_LookupWhileMakingEntities)->RangeMultiplier(8)->Range(1 << 10, 1 << 17)->Arg(100000);

@@ -363,3 +363,30 @@ TEST(EntityCollectionTest, IndexAgreesWithLinearScanThroughChanges)
     expectAgreesWithLinearScan(collection);
   }
 }
+
+TEST(EntityCollectionTest, RenamingAnAncestorUpdatesFullNameLookups)
+{
+  auto a = makeEntity("Rack", "A", EntityID(1, 1));
+  Entity* b =
+      addLink<ListAttribute>(*a, "Servers", true).addEntity(makeEntity("Server", "B", EntityID(2, 2)));
+  EntityCollection collection(std::move(a));
+  EXPECT_EQ(collection.getEntity("Server", "A->B"), b);
+  collection.getRootEntity(0)->setName("Z");
+  EXPECT_FALSE(collection.hasEntity("Server", "A->B"));
+  EXPECT_EQ(collection.getEntity("Server", "Z->B"), b);
+
+  // A root whose parent is an entity outside the collection takes that entity's name into its full name.
+  Entity outside("Hall", "H");
+  auto root = makeEntity("Rack", "R", EntityID(3, 3));
+  root->setParent(&outside);
+  Entity* r = *collection.addRootEntity(std::move(root));
+  EXPECT_EQ(collection.getEntity("Rack", "H->R"), r);
+  outside.setName("G");
+  EXPECT_EQ(collection.getEntity("Rack", "G->R"), r);
+
+  // Entities that no index has seen change freely; the collection's answers stay right.
+  Entity loose("Server", "B");
+  loose.setName("Other");
+  loose.setUniqueID(EntityID(2, 2));
+  EXPECT_EQ(collection.getEntity(EntityID(2, 2)), b);
+}
