@@ -5,8 +5,10 @@
 
 #include "support/TestSupport.h"
 
+#include <climits>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <stdexcept>
 
 using namespace Ombrix::Model;
@@ -292,4 +294,53 @@ TEST(ValueAttributeTest, EqualityComparesUnitAndStoredValues)
   n1.set(std::numeric_limits<double>::quiet_NaN(), C::Initial);
   n2.set(std::numeric_limits<double>::quiet_NaN(), C::Initial);
   EXPECT_TRUE(n1.isEqual(n2)); // a stored NaN equals itself, so models with NaN round-trip
+}
+
+TEST(ValueAttributeTest, NumberToIntBounds)
+{
+  struct Case
+  {
+    double value;
+    bool isFloat;
+    std::optional<int> expected;
+    const char* message;
+  };
+  const double inf = std::numeric_limits<double>::infinity();
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const Case cases[] = {
+      {2147483647.0, false, INT_MAX, ""},
+      {2147483647.9, false, INT_MAX, ""},
+      {-2147483648.0, false, INT_MIN, ""},
+      {-2147483648.9, false, INT_MIN, ""},
+      {-7.9, false, -7, ""},
+      {2147483648.0, false, std::nullopt, "Value 2147483648.000000 does not fit an Int"},
+      {-2147483649.0, false, std::nullopt, "Value -2147483649.000000 does not fit an Int"},
+      {inf, false, std::nullopt, "Value inf does not fit an Int"},
+      {nan, false, std::nullopt, "Value nan does not fit an Int"},
+      {2147483520.0, true, 2147483520, ""}, // the largest float below 2^31
+      {2147483648.0, true, std::nullopt, "Value 2147483648.000000 does not fit an Int"},
+      {-2147483648.0, true, INT_MIN, ""},
+      {-inf, true, std::nullopt, "Value -inf does not fit an Int"},
+  };
+  for (const auto& c : cases)
+  {
+    SCOPED_TRACE(c.value);
+    std::unique_ptr<Attribute> attribute;
+    if (c.isFloat)
+    {
+      auto f = std::make_unique<FloatAttribute>("F", AccessType::ReadWrite, nullptr);
+      f->set(static_cast<float>(c.value), C::Initial);
+      attribute = std::move(f);
+    }
+    else
+    {
+      auto d = std::make_unique<DoubleAttribute>("D", AccessType::ReadWrite, nullptr);
+      d->set(c.value, C::Initial);
+      attribute = std::move(d);
+    }
+    if (c.expected)
+      EXPECT_EQ(attribute->getIntValue(C::Initial, false), *c.expected);
+    else
+      EXPECT_THROW_MSG(attribute->getIntValue(C::Initial, false), std::out_of_range, c.message);
+  }
 }
