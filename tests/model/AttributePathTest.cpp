@@ -1,5 +1,8 @@
 #include "ombrix/model/AttributePath.h"
 
+#include "ombrix/platform/DataIStream.h"
+#include "ombrix/platform/DataOStream.h"
+
 #include "support/TestSupport.h"
 
 #include <string>
@@ -69,6 +72,23 @@ TEST(AttributePathTest, SubPath)
   EXPECT_EQ(abc.subPath(0, 2).segments(), (Segments{"a", "b"}));
   EXPECT_EQ(abc.subPath(2, 1).segments(), (Segments{"c"}));
   EXPECT_TRUE(abc.subPath(1, 0).empty());
+  // Each segment is parsed again, and an empty one parses to nothing.
+  EXPECT_EQ(AttributePath("a..b").subPath(0, 3).segments(), (Segments{"a", "b"}));
+}
+
+TEST(AttributePathTest, StreamsCarryEmptySegments)
+{
+  for (auto kind : {FileSystem::DataStreamKind::Binary, FileSystem::DataStreamKind::Text})
+  {
+    const AttributePath original = AttributePath::fromSegments({"", "a", "", "b c"});
+    FileSystem::DataOStream out(kind);
+    out << original;
+    FileSystem::DataIStream in(out.data(), kind);
+    AttributePath read("x");
+    in >> read;
+    EXPECT_TRUE(in.good());
+    EXPECT_EQ(read, original);
+  }
 }
 
 TEST(AttributePathTest, StartsWithAndEndsWith)
