@@ -134,6 +134,25 @@ public:
   // Roots, flat list and solution-control definition equal (entities compared deeply, in order).
   bool isEqual(const EntityCollection& other) const;
 
+  // The collection as the host sees it (the collection is its own handle; see IEntityCollection).
+  KorvanSDK::Model::IEntityCollection* getSDKInterface() { return this; }
+  const KorvanSDK::Model::IEntityCollection* getSDKInterface() const { return this; }
+
+protected:
+  // Host-facing lookups (EntityCollectionSDK.cpp): the lookups above, failures turned into codes.
+  KorvanSDK::ExceptionType do_getNumberOfEntities(std::uint64_t& count) override;
+  KorvanSDK::ExceptionType do_getNumberOfEntitiesOfType(const char* type, std::uint64_t& count) override;
+  KorvanSDK::ExceptionType do_getNumberOfRootEntities(std::uint64_t& count) override;
+  KorvanSDK::ExceptionType do_getEntity(std::uint64_t index, KorvanSDK::Model::IEntity*& entity) override;
+  KorvanSDK::ExceptionType do_getEntityByID(const KorvanSDK::Model::EntityID& id,
+                                            KorvanSDK::Model::IEntity*& entity) override;
+  KorvanSDK::ExceptionType do_getEntityByType(const char* type, std::uint64_t index,
+                                              KorvanSDK::Model::IEntity*& entity) override;
+  KorvanSDK::ExceptionType do_getEntityByName(const char* type, const char* name, std::uint64_t index,
+                                              KorvanSDK::Model::IEntity*& entity) override;
+  KorvanSDK::ExceptionType do_getRootEntity(std::uint64_t index, KorvanSDK::Model::IEntity*& entity) override;
+  KorvanSDK::ExceptionType do_getSolutionControl(KorvanSDK::Model::IEntity*& entity) override;
+
 private:
   struct Index;
   const Index& index() const;
