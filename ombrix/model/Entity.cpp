@@ -36,7 +36,8 @@ Entity::Entity(const std::string& type, const std::string& name, KorvanSDK::Acce
 void Entity::setName(const std::string& name)
 {
   m_name = name;
-  bumpIdentityGeneration();
+  if (m_indexed)
+    bumpIdentityGeneration();
 }
 
 std::string Entity::getName(bool full) const
@@ -52,7 +53,8 @@ std::string Entity::getName(bool full) const
 void Entity::setUniqueID(const EntityID& id)
 {
   m_id = id;
-  bumpIdentityGeneration();
+  if (m_indexed)
+    bumpIdentityGeneration();
 }
 
 Attribute* Entity::getParentEntityLink() const
@@ -67,7 +69,14 @@ std::uint64_t Entity::identityGeneration()
 
 void Entity::onTypeChanged()
 {
-  bumpIdentityGeneration();
+  if (m_indexed)
+    bumpIdentityGeneration();
+}
+
+void Entity::markIndexed() const
+{
+  for (const Entity* entity = this; entity; entity = entity->getParentEntity())
+    entity->m_indexed = true;
 }
 
 AttributePath Entity::do_getAttributePath(bool relative) const

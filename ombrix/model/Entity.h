@@ -15,7 +15,8 @@ public:
   Entity();
   explicit Entity(CompositeAttribute* parent);
   Entity(const std::string& type, KorvanSDK::AccessType access, CompositeAttribute* parent);
-  Entity(const std::string& type, const std::string& name, KorvanSDK::AccessType access = KorvanSDK::AccessType::ReadWrite,
+  Entity(const std::string& type, const std::string& name,
+         KorvanSDK::AccessType access = KorvanSDK::AccessType::ReadWrite,
          CompositeAttribute* parent = nullptr);
 
   void setName(const std::string& name);
@@ -35,9 +36,13 @@ public:
   // Composite part, name and ID equal; the parent link is not compared.
   bool isEqual(const Entity& other) const;
 
-  // Bumped whenever the type, name or ID of any entity changes, so that lookup indexes can tell
-  // they are stale.
+  // Bumped whenever the type, name or ID of an indexed entity changes, so that lookup indexes can
+  // tell they are stale.
   static std::uint64_t identityGeneration();
+  // Called by a lookup index that lists this entity: from then on, identity changes of this entity
+  // and of its entity ancestors (whose names make its full name) bump the generation. Entities no
+  // index has seen, such as those a reader is still filling in, change without invalidating any.
+  void markIndexed() const;
 
 protected:
   AttributePath do_getAttributePath(bool relative) const override;
@@ -47,10 +52,12 @@ private:
   std::string m_name;
   EntityID m_id;
   EntityLink* m_parentLink = nullptr;
+  mutable bool m_indexed = false;
 };
 
 // Entities in streams travel behind a presence flag, so that an empty pointer round-trips.
-OMBRIX_API FileSystem::DataOStream& operator<<(FileSystem::DataOStream& out, const std::unique_ptr<Entity>& entity);
+OMBRIX_API FileSystem::DataOStream& operator<<(FileSystem::DataOStream& out,
+                                               const std::unique_ptr<Entity>& entity);
 OMBRIX_API FileSystem::DataIStream& operator>>(FileSystem::DataIStream& in, std::unique_ptr<Entity>& entity);
 
 } // namespace Ombrix::Model

@@ -44,6 +44,7 @@ struct EntityCollection::Index
       byTypeFullName[key(entity->type(), entity->getName(true))].push_back(i);
       byTypeName[key(entity->type(), entity->name())].push_back(i);
       byPointer.emplace(entity, i);
+      entity->markIndexed();
     }
     indexed = entities.size();
   }
@@ -219,7 +220,8 @@ EntityCollection::const_iterator EntityCollection::find(const std::string& type)
   return positions ? begin() + static_cast<std::ptrdiff_t>(positions->front()) : end();
 }
 
-EntityCollection::const_iterator EntityCollection::find(const std::string& type, const std::string& name) const
+EntityCollection::const_iterator EntityCollection::find(const std::string& type,
+                                                        const std::string& name) const
 {
   const auto position = positionOf(type, name, 0);
   return position ? begin() + static_cast<std::ptrdiff_t>(*position) : end();
@@ -242,8 +244,7 @@ EntityCollection::const_iterator EntityCollection::find(const std::string& type,
 
 namespace
 {
-template <typename Iterator, typename Const>
-Iterator unconst(std::vector<Entity*>& list, Const position)
+template <typename Iterator, typename Const> Iterator unconst(std::vector<Entity*>& list, Const position)
 {
   return list.begin() + (position - static_cast<const std::vector<Entity*>&>(list).begin());
 }
@@ -274,7 +275,8 @@ EntityCollection::iterator EntityCollection::find(const std::string& type, std::
   return unconst<iterator>(m_entities, std::as_const(*this).find(type, i));
 }
 
-EntityCollection::iterator EntityCollection::find(const std::string& type, const std::string& name, std::size_t i)
+EntityCollection::iterator EntityCollection::find(const std::string& type, const std::string& name,
+                                                  std::size_t i)
 {
   return unconst<iterator>(m_entities, std::as_const(*this).find(type, name, i));
 }
@@ -289,15 +291,19 @@ EntityCollection::iterator EntityCollection::find(const std::string& type, itera
   return std::find_if(start, end(), [&](const Entity* e) { return e && e->type() == type; });
 }
 
-EntityCollection::iterator EntityCollection::find(const std::string& type, const std::string& name, iterator start)
+EntityCollection::iterator EntityCollection::find(const std::string& type, const std::string& name,
+                                                  iterator start)
 {
-  auto it = std::find_if(start, end(), [&](const Entity* e) { return e && e->type() == type && e->getName(true) == name; });
+  auto it = std::find_if(start, end(),
+                         [&](const Entity* e) { return e && e->type() == type && e->getName(true) == name; });
   if (it != end())
     return it;
-  return std::find_if(start, end(), [&](const Entity* e) { return e && e->type() == type && e->name() == name; });
+  return std::find_if(start, end(),
+                      [&](const Entity* e) { return e && e->type() == type && e->name() == name; });
 }
 
-Attribute* EntityCollection::find(const std::string& type, const std::string& name, const std::string& path) const
+Attribute* EntityCollection::find(const std::string& type, const std::string& name,
+                                  const std::string& path) const
 {
   auto it = find(type, name);
   return it == end() ? nullptr : (*it)->findAttribute(AttributePath(path), false);
@@ -323,8 +329,8 @@ Entity* EntityCollection::getEntity(const std::string& type, std::size_t i, bool
   auto it = find(type, i);
   if (it != end())
     return *it;
-  throw std::out_of_range("No Entity found with entityType='" + type + "' and entity_i='" + std::to_string(i) +
-                          "'");
+  throw std::out_of_range("No Entity found with entityType='" + type + "' and entity_i='" +
+                          std::to_string(i) + "'");
 }
 
 Entity* EntityCollection::getEntity(const std::string& type, const std::string& name, bool flag) const
@@ -332,7 +338,8 @@ Entity* EntityCollection::getEntity(const std::string& type, const std::string& 
   return getEntity(type, name, 0, flag);
 }
 
-Entity* EntityCollection::getEntity(const std::string& type, const std::string& name, std::size_t i, bool) const
+Entity* EntityCollection::getEntity(const std::string& type, const std::string& name, std::size_t i,
+                                    bool) const
 {
   auto it = find(type, name, i);
   if (it != end())
@@ -342,7 +349,8 @@ Entity* EntityCollection::getEntity(const std::string& type, const std::string& 
 
 Entity* EntityCollection::getEntity(const EntityTypeName& typeName, bool flag) const
 {
-  return getEntity(typeName.entityType, typeName.entityName, static_cast<std::size_t>(typeName.entity_i), flag);
+  return getEntity(typeName.entityType, typeName.entityName, static_cast<std::size_t>(typeName.entity_i),
+                   flag);
 }
 
 Entity* EntityCollection::getRootEntity(std::size_t i, bool) const
@@ -427,12 +435,14 @@ EntityCollection::iterator EntityCollection::erase(const std::string& type, cons
 
 bool EntityCollection::hasSolutionControl() const
 {
-  return hasEntity(m_solutionControl.getSolutionControlType(), m_solutionControl.getSolutionControlName(), std::size_t{0});
+  return hasEntity(m_solutionControl.getSolutionControlType(), m_solutionControl.getSolutionControlName(),
+                   std::size_t{0});
 }
 
 Entity* EntityCollection::getSolutionControl(bool flag) const
 {
-  return getEntity(m_solutionControl.getSolutionControlType(), m_solutionControl.getSolutionControlName(), std::size_t{0}, flag);
+  return getEntity(m_solutionControl.getSolutionControlType(), m_solutionControl.getSolutionControlName(),
+                   std::size_t{0}, flag);
 }
 
 void EntityCollection::accept(AttributeVisitorAbstract& visitor)

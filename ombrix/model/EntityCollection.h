@@ -66,6 +66,11 @@ public:
   // Counting. The trailing flag is accepted by every lookup and does not change what matches.
   std::size_t getNumberOfEntities(bool flag = false) const;
   std::size_t getNumberOfEntities(const std::string& type, bool flag = false) const;
+  // Without this, a literal type name would convert to the bool of the total count.
+  std::size_t getNumberOfEntities(const char* type, bool flag = false) const
+  {
+    return getNumberOfEntities(std::string(type), flag);
+  }
   std::size_t getNumberOfEntities(const EntityID& id, bool flag = false) const;
   std::size_t getNumberOfRootEntities(bool flag = false) const;
 

@@ -6,7 +6,6 @@
 #include "ombrix/platform/DataIStream.h"
 #include "ombrix/platform/DataOStream.h"
 
-#include <climits>
 #include <cmath>
 #include <stdexcept>
 #include <type_traits>
@@ -31,7 +30,10 @@ To convertValue(const From& value)
     return value != From(0);
   else if constexpr (std::is_same_v<To, int> && std::is_floating_point_v<From>)
   {
-    if (!std::isfinite(value) || value < static_cast<From>(INT_MIN) || value > static_cast<From>(INT_MAX))
+    // Compared in double, where both bounds are exact: INT_MAX rounds up to 2^31 as a float, which
+    // would let 2^31 through to an undefined conversion. Anything that truncates into range fits.
+    const double wide = static_cast<double>(value);
+    if (!(wide > -2147483649.0 && wide < 2147483648.0))
       throw std::out_of_range("Value " + toText(value) + " does not fit an Int");
     return static_cast<int>(value);
   }

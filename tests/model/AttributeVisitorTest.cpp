@@ -1,0 +1,95 @@
+#include "ombrix/model/ArrayAttribute.h"
+#include "ombrix/model/AttributeVisitorAbstract.h"
+#include "ombrix/model/AttributeVisitorConstAbstract.h"
+#include "ombrix/model/EntityExtractVisitor.h"
+#include "ombrix/model/LinkAttribute.h"
+#include "ombrix/model/ListAttribute.h"
+#include "ombrix/model/ShortcutAttribute.h"
+
+#include "model/ModelTestSupport.h"
+#include "support/TestSupport.h"
+
+using namespace Ombrix::Model;
+using OmbrixTest::makeEntity;
+
+namespace
+{
+
+template <typename Link> Link& addLink(CompositeAttribute& parent, const std::string& name, bool owns)
+{
+  return static_cast<Link&>(*parent.addAttribute(std::make_unique<Link>(name, owns, nullptr)));
+}
+
+std::vector<std::string> namesOf(const std::vector<Entity*>& entities)
+{
+  std::vector<std::string> names;
+  for (const Entity* e : entities)
+    names.push_back(e->name());
+  return names;
+}
+
+// Records the names of everything it is shown, in order.
+class Recorder : public AttributeVisitorConstAbstract
+{
+public:
+  std::vector<std::string> seen;
+  void visit(const Entity& e) override
+  {
+    seen.push_back("E:" + e.name());
+    AttributeVisitorConstAbstract::visit(e);
+  }
+  void visit(const CompositeAttribute& c) override
+  {
+    seen.push_back("C:" + c.type());
+    AttributeVisitorConstAbstract::visit(c);
+  }
+  void visit(const ValueAttribute<int>& v) override { seen.push_back("I:" + v.type()); }
+  void visit(const ValueAttribute<double>& v) override { seen.push_back("D:" + v.type()); }
+  void visit(const ShortcutAttribute& s) override { seen.push_back("S:" + s.type()); }
+};
+
+} // namespace
+
+TEST(AttributeVisitorTest, ExtractIsPreOrderThroughOwnedLinksOnly)
+{
+  auto root = makeEntity("T", "Root", EntityID(1, 1));
+  auto& group = OmbrixTest::addComposite(*root, "Group");
+  auto& list = addLink<ListAttribute>(group, "List", true);
+  Entity* a = list.addEntity(makeEntity("T", "A", EntityID(2, 2)));
+  addLink<LinkAttribute>(*a, "Link", true).addEntity(makeEntity("T", "A1", EntityID(3, 3)));
+  list.addEntity(makeEntity("T", "B", EntityID(4, 4)));
+  addLink<ArrayAttribute>(*root, "Array", true).addEntity(makeEntity("T", "C", EntityID(5, 5)));
+  addLink<ListAttribute>(*root, "Refs", false).addEntity(makeEntity("T", "NotOwned", EntityID(6, 6)));
+  addLink<LinkAttribute>(*root, "RefLink", false).addEntity(makeEntity("T", "NotOwned2", EntityID(7, 7)));
+  addLink<ArrayAttribute>(*root, "RefArray", false).addEntity(makeEntity("T", "NotOwned3", EntityID(8, 8)));
+  addLink<LinkAttribute>(*root, "EmptyLink", true);
+
+  EXPECT_EQ(namesOf(EntityExtractVisitor::extract(*root)),
+            (std::vector<std::string>{"Root", "A", "A1", "B", "C"}));
+  EXPECT_EQ(namesOf(EntityExtractVisitor::extract(*a)), (std::vector<std::string>{"A", "A1"}));
+
+  Entity lonely("T", "Lonely");
+  EXPECT_EQ(namesOf(EntityExtractVisitor::extract(lonely)), std::vector<std::string>{"Lonely"});
+
+  std::vector<Entity*> out{&lonely};
+  EntityExtractVisitor::extract(*a, out);
+  EXPECT_EQ(namesOf(out), (std::vector<std::string>{"Lonely", "A", "A1"}));
+}
+
+TEST(AttributeVisitorTest, ConstWalkVisitsChildrenInOrderAndLeavesLeavesAlone)
+{
+  auto root = makeEntity("T", "Root", EntityID(1, 1));
+  OmbrixTest::addValue<int>(*root, "I", 1);
+  auto& group = OmbrixTest::addComposite(*root, "G");
+  OmbrixTest::addValue<double>(group, "D", 1.0);
+  auto* shortcut = static_cast<ShortcutAttribute*>(
+      root->createAttribute(KorvanSDK::AttributeType::Shortcut, "S", KorvanSDK::AccessType::ReadWrite));
+  shortcut->addShortcut(AttributePath("G"));
+  auto& link = addLink<LinkAttribute>(*root, "L", true);
+  link.addEntity(makeEntity("T", "Child", EntityID(2, 2)));
+  addLink<ListAttribute>(*root, "Refs", false).addEntity(makeEntity("T", "Ref", EntityID(3, 3)));
+
+  Recorder recorder;
+  static_cast<const Entity&>(*root).accept(recorder);
+  EXPECT_EQ(recorder.seen, (std::vector<std::string>{"E:Root", "I:I", "C:G", "D:D", "S:S", "E:Child"}));
+}

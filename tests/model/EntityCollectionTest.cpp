@@ -1,0 +1,392 @@
+#include "ombrix/model/EntityCollection.h"
+
+#include "ombrix/model/ArrayAttribute.h"
+#include "ombrix/model/LinkAttribute.h"
+#include "ombrix/model/ListAttribute.h"
+
+#include "model/ModelTestSupport.h"
+#include "support/TestSupport.h"
+
+#include <functional>
+#include <random>
+#include <stdexcept>
+
+using namespace Ombrix::Model;
+using OmbrixTest::makeEntity;
+
+namespace
+{
+
+template <typename Link> Link& addLink(CompositeAttribute& parent, const std::string& name, bool owns)
+{
+  return static_cast<Link&>(*parent.addAttribute(std::make_unique<Link>(name, owns, nullptr)));
+}
+
+// Root R(1-1) with Kids (owned list) [K1(2-2), K2(3-3)], Single (owned link) S(4-4) holding in an owned
+// array Leaf L(5-5), and Refs (non-owned list) holding X(6-6).
+std::unique_ptr<Entity> sampleRoot()
+{
+  auto root = makeEntity("Rack", "R", EntityID(1, 1));
+  auto& kids = addLink<ListAttribute>(*root, "Kids", true);
+  kids.addEntity(makeEntity("Server", "K1", EntityID(2, 2)));
+  kids.addEntity(makeEntity("Server", "K2", EntityID(3, 3)));
+  auto& single = addLink<LinkAttribute>(*root, "Single", true);
+  Entity* s = single.addEntity(makeEntity("Switch", "S", EntityID(4, 4)));
+  addLink<ArrayAttribute>(*s, "Leaves", true).addEntity(makeEntity("Port", "L", EntityID(5, 5)));
+  addLink<ListAttribute>(*root, "Refs", false).addEntity(makeEntity("Server", "X", EntityID(6, 6)));
+  return root;
+}
+
+std::vector<std::string> names(const EntityCollection& collection)
+{
+  std::vector<std::string> result;
+  for (const Entity* e : collection)
+    result.push_back(e->name());
+  return result;
+}
+
+} // namespace
+
+TEST(EntityCollectionTest, FlatListIsPreOrderThroughOwnedLinks)
+{
+  EntityCollection collection(sampleRoot());
+  EXPECT_EQ(names(collection), (std::vector<std::string>{"R", "K1", "K2", "S", "L"}));
+  auto second = makeEntity("Rack", "R2", EntityID(7, 7));
+  auto it = collection.addRootEntity(std::move(second));
+  EXPECT_EQ(it - collection.begin(), 5);
+  EXPECT_EQ((*it)->name(), "R2");
+  EXPECT_EQ(collection.getNumberOfRootEntities(), 2u);
+  EXPECT_EQ(collection.getEntityIndex(EntityID(7, 7)), 5u);
+  EXPECT_FALSE(collection.getEntityIndex(EntityID(6, 6)).has_value()); // only referred to
+}
+
+TEST(EntityCollectionTest, RebuildPicksUpEntitiesAddedLater)
+{
+  EntityCollection collection(sampleRoot());
+  Entity* root = collection.getRootEntity(0);
+  auto& kids = static_cast<ListAttribute&>(root->getAttribute(AttributePath("Kids")));
+  kids.addEntity(makeEntity("Server", "K3", EntityID(8, 8)));
+  EXPECT_FALSE(collection.hasEntity(EntityID(8, 8)));
+  collection.rebuildChildEntitiesList();
+  EXPECT_EQ(names(collection), (std::vector<std::string>{"R", "K1", "K2", "K3", "S", "L"}));
+  EXPECT_EQ(collection.getEntityIndex(EntityID(8, 8)), 3u);
+}
+
+TEST(EntityCollectionTest, EmptyContainerChangesNothing)
+{
+  EntityCollection collection(sampleRoot());
+  EXPECT_EQ(collection.addRootEntity(AttributeContainer<Entity>()), collection.end());
+  EXPECT_EQ(collection.addRootEntity(std::unique_ptr<Entity>()), collection.end());
+  EXPECT_EQ(collection.size(), 5u);
+  EXPECT_EQ(collection.getNumberOfRootEntities(), 1u);
+}
+
+TEST(EntityCollectionTest, FailureTexts)
+{
+  EntityCollection empty;
+  EXPECT_FALSE(empty.hasEntity(std::size_t{0}));
+  EXPECT_FALSE(empty.getEntityIndex(EntityID(1, 1)).has_value());
+  EXPECT_EQ(empty.findEntity(EntityID(1, 1)), nullptr);
+  EXPECT_FALSE(empty.hasSolutionControl());
+
+  EntityCollection collection(sampleRoot());
+  struct Case
+  {
+    std::function<void()> call;
+    const char* message;
+  };
+  const Case cases[] = {
+      {[&] { empty.getEntity(std::size_t{0}); }, "No Entity found with entity_i='0'"},
+      {[&] { collection.getEntity(std::size_t{5}); }, "No Entity found with entity_i='5'"},
+      {[&] { collection.getEntity(EntityID(-3, 12)); }, "No Entity found with entityID='-3-12'"},
+      {[&] { collection.getEntity("Server", std::size_t{2}); },
+       "No Entity found with entityType='Server' and entity_i='2'"},
+      {[&] { collection.getEntity("Server", "K3"); },
+       "No Entity found with entityType='Server' and entityName='K3' and entity_i='0'"},
+      {[&] { collection.getEntity("Server", "K1", std::size_t{1}); },
+       "No Entity found with entityType='Server' and entityName='K1' and entity_i='1'"},
+      {[&] {
+         collection.getEntity(EntityTypeName{"Port", "L", 1});
+       },
+       "No Entity found with entityType='Port' and entityName='L' and entity_i='1'"},
+      {[&] {
+         collection[EntityTypeName{"Nope", "L", 0}];
+       },
+       "No Entity found with entityType='Nope' and entityName='L' and entity_i='0'"},
+      {[&] { collection.getRootEntity(1); }, "No Root Entity found with rootEntity_i='1'"},
+      {[&] { collection.getSolutionControl(); }, "No Entity found with entityType='Solution Control' and "
+                                                 "entityName='Solution Control' and entity_i='0'"},
+  };
+  for (const auto& c : cases)
+  {
+    SCOPED_TRACE(c.message);
+    EXPECT_THROW_MSG(c.call(), std::out_of_range, c.message);
+  }
+}
+
+TEST(EntityCollectionTest, FullNameWinsOverShortName)
+{
+  // Two "Server" entities named B: one under A, one under C; a root named B as well.
+  auto a = makeEntity("Rack", "A", EntityID(1, 1));
+  addLink<ListAttribute>(*a, "Servers", true).addEntity(makeEntity("Server", "B", EntityID(2, 2)));
+  auto c = makeEntity("Rack", "C", EntityID(3, 3));
+  addLink<ListAttribute>(*c, "Servers", true).addEntity(makeEntity("Server", "B", EntityID(4, 4)));
+  EntityCollection collection(std::move(a));
+  collection.addRootEntity(std::move(c));
+
+  EXPECT_EQ(collection.getEntity("Server", "A->B")->getUniqueID(), EntityID(2, 2));
+  EXPECT_EQ(collection.getEntity("Server", "C->B")->getUniqueID(), EntityID(4, 4));
+  EXPECT_EQ(collection.getEntity("Server", "B")->getUniqueID(), EntityID(2, 2));
+  EXPECT_EQ(collection.getEntity("Server", "B", std::size_t{1})->getUniqueID(), EntityID(4, 4));
+  EXPECT_EQ(collection.getEntity("Server", "C->B")->getName(true), "C->B");
+
+  collection.addRootEntity(makeEntity("Server", "B", EntityID(5, 5)));
+  // Now the root's full name matches "B", so the own-name matches are no longer considered.
+  EXPECT_EQ(collection.getEntity("Server", "B")->getUniqueID(), EntityID(5, 5));
+  EXPECT_FALSE(collection.hasEntity("Server", "B", std::size_t{1}));
+  EXPECT_EQ((*collection.find("Server", "B", collection.begin()))->getUniqueID(), EntityID(5, 5));
+  EXPECT_EQ(collection.find("Rack", "C", std::string("Servers.0"))->getParentEntity()->name(), "C");
+  EXPECT_EQ(collection.find("Rack", "C", std::string("Servers.7")), nullptr);
+}
+
+TEST(EntityCollectionTest, TypeIndexCountingAndErase)
+{
+  EntityCollection collection(sampleRoot());
+  EXPECT_EQ(collection.getNumberOfEntities("Server"), 2u);
+  EXPECT_EQ(collection.getNumberOfEntities("Nope"), 0u);
+  EXPECT_EQ(collection.getEntity("Server", std::size_t{1})->name(), "K2");
+  EXPECT_EQ(collection.getNumberOfEntities(EntityID(3, 3)), 1u);
+
+  auto it = collection.erase("Server", "K1");
+  ASSERT_NE(it, collection.end());
+  EXPECT_EQ((*it)->name(), "K2");
+  EXPECT_EQ(names(collection), (std::vector<std::string>{"R", "K2", "S", "L"}));
+  EXPECT_EQ(collection.getEntity("Server", std::size_t{0})->name(), "K2");
+  EXPECT_FALSE(collection.hasEntity(EntityID(2, 2)));
+  EXPECT_EQ(collection.getEntityIndex(EntityID(4, 4)), 2u);
+  EXPECT_EQ(collection.erase("Server", "K1"), collection.end());
+  collection.rebuildChildEntitiesList();
+  EXPECT_EQ(collection.getEntityIndex(EntityID(2, 2)), 1u);
+}
+
+TEST(EntityCollectionTest, SolutionControlIsFoundByDefinition)
+{
+  EntityCollection collection(sampleRoot());
+  collection.addRootEntity(makeEntity("Solution Control", "Solution Control", EntityID(9, 9)));
+  EXPECT_TRUE(collection.hasSolutionControl());
+  EXPECT_EQ(collection.getSolutionControl()->getUniqueID(), EntityID(9, 9));
+  SolutionControlDefinition definition;
+  definition.setSolutionControlName("Other");
+  collection.setSolutionControlDefinition(definition);
+  EXPECT_FALSE(collection.hasSolutionControl());
+}
+
+namespace
+{
+
+// The lookups by first-match linear scan, as the index must answer them.
+struct Naive
+{
+  const EntityCollection& c;
+
+  std::optional<std::size_t> byId(const EntityID& id) const
+  {
+    for (std::size_t i = 0; i < c.size(); ++i)
+      if (c[i]->getUniqueID() == id)
+        return i;
+    return std::nullopt;
+  }
+  std::size_t countId(const EntityID& id) const
+  {
+    std::size_t n = 0;
+    for (const Entity* e : c)
+      n += e->getUniqueID() == id;
+    return n;
+  }
+  std::vector<std::size_t> byType(const std::string& type) const
+  {
+    std::vector<std::size_t> result;
+    for (std::size_t i = 0; i < c.size(); ++i)
+      if (c[i]->type() == type)
+        result.push_back(i);
+    return result;
+  }
+  std::vector<std::size_t> byTypeName(const std::string& type, const std::string& name) const
+  {
+    std::vector<std::size_t> full;
+    std::vector<std::size_t> own;
+    for (std::size_t i = 0; i < c.size(); ++i)
+    {
+      if (c[i]->type() != type)
+        continue;
+      if (c[i]->getName(true) == name)
+        full.push_back(i);
+      if (c[i]->getName(false) == name)
+        own.push_back(i);
+    }
+    return full.empty() ? own : full;
+  }
+};
+
+const char* const kTypes[] = {"A", "B", "C"};
+const char* const kNames[] = {"n0", "n1", "n2", "n0->n1", "n1->n2", "n2->n0->n1"};
+
+void expectAgreesWithLinearScan(EntityCollection& collection)
+{
+  const Naive naive{collection};
+  for (int first = 0; first < 4; ++first)
+  {
+    for (int second = 0; second < 2; ++second)
+    {
+      const EntityID id(first, second);
+      const auto expected = naive.byId(id);
+      EXPECT_EQ(collection.getEntityIndex(id), expected) << toString(id);
+      EXPECT_EQ(collection.hasEntity(id), expected.has_value());
+      EXPECT_EQ(collection.getNumberOfEntities(id), naive.countId(id));
+    }
+  }
+  for (const char* type : kTypes)
+  {
+    const auto positions = naive.byType(type);
+    EXPECT_EQ(collection.getNumberOfEntities(type), positions.size()) << type;
+    for (std::size_t i = 0; i <= positions.size(); ++i)
+    {
+      auto it = collection.find(type, i);
+      EXPECT_EQ(it == collection.end() ? -1 : it - collection.begin(),
+                i < positions.size() ? static_cast<std::ptrdiff_t>(positions[i]) : -1)
+          << type << " #" << i;
+    }
+    for (const char* name : kNames)
+    {
+      const auto matches = naive.byTypeName(type, name);
+      for (std::size_t i = 0; i <= matches.size(); ++i)
+      {
+        auto it = collection.find(type, name, i);
+        EXPECT_EQ(it == collection.end() ? -1 : it - collection.begin(),
+                  i < matches.size() ? static_cast<std::ptrdiff_t>(matches[i]) : -1)
+            << type << " " << name << " #" << i;
+      }
+      auto it = collection.find(type, name);
+      EXPECT_EQ(it, collection.find(type, name, collection.begin()));
+    }
+  }
+  for (std::size_t i = 0; i < collection.size(); ++i)
+    EXPECT_EQ(collection.getEntityIndex(collection[i]), i);
+}
+
+std::unique_ptr<Entity> randomEntity(std::mt19937& rng, int depth)
+{
+  auto pick = [&](int n) { return static_cast<int>(rng() % static_cast<unsigned>(n)); };
+  auto entity = makeEntity(kTypes[pick(3)], kNames[pick(3)], EntityID(pick(4), pick(2)));
+  if (depth == 0)
+    return entity;
+  const int links = pick(3);
+  for (int l = 0; l < links; ++l)
+  {
+    const bool owns = pick(4) != 0;
+    const std::string name = "L" + std::to_string(l);
+    switch (pick(3))
+    {
+    case 0:
+      addLink<LinkAttribute>(*entity, name, owns).addEntity(randomEntity(rng, depth - 1));
+      break;
+    case 1:
+    {
+      auto& list = addLink<ListAttribute>(*entity, name, owns);
+      for (int k = pick(3); k > 0; --k)
+        list.addEntity(randomEntity(rng, depth - 1));
+      break;
+    }
+    default:
+    {
+      auto& array = addLink<ArrayAttribute>(*entity, name, owns);
+      for (int k = pick(3); k > 0; --k)
+        array.addEntity(randomEntity(rng, depth - 1));
+      break;
+    }
+    }
+  }
+  return entity;
+}
+
+} // namespace
+
+TEST(EntityCollectionTest, IndexAgreesWithLinearScanThroughChanges)
+{
+  std::mt19937 rng(20261123);
+  auto pick = [&](std::size_t n) { return static_cast<std::size_t>(rng() % n); };
+  EntityCollection collection;
+  for (int r = 0; r < 3; ++r)
+    collection.addRootEntity(randomEntity(rng, 3));
+  expectAgreesWithLinearScan(collection);
+
+  for (int step = 0; step < 60 && !HasFailure(); ++step)
+  {
+    SCOPED_TRACE(step);
+    const std::size_t op = pick(7);
+    Entity* target = collection.empty() ? nullptr : collection[pick(collection.size())];
+    switch (op)
+    {
+    case 0:
+      if (target)
+        target->setName(kNames[pick(3)]);
+      break;
+    case 1:
+      if (target)
+        target->setUniqueID(EntityID(static_cast<int>(pick(4)), static_cast<int>(pick(2))));
+      break;
+    case 2:
+      if (target)
+        target->setType(kTypes[pick(3)]);
+      break;
+    case 3:
+      collection.addRootEntity(randomEntity(rng, 2));
+      break;
+    case 4:
+      if (target)
+      {
+        // An entity added inside the model shows up only after a rebuild.
+        auto& list = addLink<ListAttribute>(*target, "Extra" + std::to_string(step), true);
+        list.addEntity(randomEntity(rng, 1));
+        expectAgreesWithLinearScan(collection);
+        collection.rebuildChildEntitiesList();
+      }
+      break;
+    case 5:
+      collection.erase(kTypes[pick(3)], kNames[pick(4)]);
+      break;
+    default:
+      collection.rebuildChildEntitiesList();
+      break;
+    }
+    // Query first, then change again without a query in between, so that a stale index would show.
+    expectAgreesWithLinearScan(collection);
+  }
+}
+
+TEST(EntityCollectionTest, RenamingAnAncestorUpdatesFullNameLookups)
+{
+  auto a = makeEntity("Rack", "A", EntityID(1, 1));
+  Entity* b =
+      addLink<ListAttribute>(*a, "Servers", true).addEntity(makeEntity("Server", "B", EntityID(2, 2)));
+  EntityCollection collection(std::move(a));
+  EXPECT_EQ(collection.getEntity("Server", "A->B"), b);
+  collection.getRootEntity(0)->setName("Z");
+  EXPECT_FALSE(collection.hasEntity("Server", "A->B"));
+  EXPECT_EQ(collection.getEntity("Server", "Z->B"), b);
+
+  // A root whose parent is an entity outside the collection takes that entity's name into its full name.
+  Entity outside("Hall", "H");
+  auto root = makeEntity("Rack", "R", EntityID(3, 3));
+  root->setParent(&outside);
+  Entity* r = *collection.addRootEntity(std::move(root));
+  EXPECT_EQ(collection.getEntity("Rack", "H->R"), r);
+  outside.setName("G");
+  EXPECT_EQ(collection.getEntity("Rack", "G->R"), r);
+
+  // Entities that no index has seen change freely; the collection's answers stay right.
+  Entity loose("Server", "B");
+  loose.setName("Other");
+  loose.setUniqueID(EntityID(2, 2));
+  EXPECT_EQ(collection.getEntity(EntityID(2, 2)), b);
+}

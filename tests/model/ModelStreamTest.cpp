@@ -1,0 +1,177 @@
+#include "ombrix/model/ArrayAttribute.h"
+#include "ombrix/model/EntityCollection.h"
+#include "ombrix/model/LinkAttribute.h"
+#include "ombrix/model/ListAttribute.h"
+#include "ombrix/model/ShortcutAttribute.h"
+#include "ombrix/platform/DataIStream.h"
+#include "ombrix/platform/DataOStream.h"
+
+#include "model/ModelTestSupport.h"
+#include "support/TestSupport.h"
+
+#include <limits>
+
+using namespace Ombrix::Model;
+using FileSystem::DataStreamKind;
+using KorvanSDK::AccessType;
+using C = KorvanSDK::Chronology;
+using OmbrixTest::addValue;
+using OmbrixTest::makeEntity;
+
+namespace
+{
+
+template <typename Link>
+Link& addLink(CompositeAttribute& parent, const std::string& name, const std::string& relation, bool owns)
+{
+  return static_cast<Link&>(
+      *parent.addAttribute(std::make_unique<Link>(name, relation, AccessType::ReadOnly, owns, nullptr)));
+}
+
+EntityCollection fullCollection()
+{
+  auto plant = makeEntity("Plant", "Main", EntityID(-1, 7));
+  addValue<int>(*plant, "Count", -42, AccessType::ReadOnly).setUnit("pcs");
+  addValue<bool>(*plant, "Enabled", true, AccessType::WriteOnly);
+  addValue<std::string>(*plant, "Label", "  tab\there, \"quoted\"; done ", AccessType::None);
+  addValue<float>(*plant, "Ratio", 0.1f);
+  auto& results = OmbrixTest::addComposite(*plant, "Results");
+  auto& time = addValue<double>(results, "Time", 0.0);
+  time.setUnit("s");
+  time.set(1.0 / 3.0, C::Current);
+  time.set(std::numeric_limits<double>::max(), C::Next);
+  auto& flag = addValue<bool>(results, "Flag", false);
+  flag.set(true, C::TimeStepStart);
+  auto& text = addValue<std::string>(results, "Text", "");
+  text.set("later", C::Continue);
+
+  auto& pumps = addLink<ListAttribute>(*plant, "Pumps", "contains", true);
+  for (int i = 0; i < 3; ++i)
+  {
+    Entity* pump = pumps.addEntity(makeEntity("Pump", "P" + std::to_string(i), EntityID(10 + i, -i)));
+    addValue<double>(*pump, "Speed", 100.0 * i).setUnit("rpm");
+    auto& motor = addLink<LinkAttribute>(*pump, "Motor", "drives", true);
+    if (i != 1)
+      addValue<int>(*motor.addEntity(makeEntity("Motor", "M", EntityID(20 + i, 0))), "Poles", 4);
+  }
+  auto& slots = addLink<ArrayAttribute>(*plant, "Slots", "", true);
+  slots.addEntity(makeEntity("Slot", "S0", EntityID(30, 0)));
+  addLink<ListAttribute>(*plant, "Refs", "uses", false).addEntity(makeEntity("Pump", "Ref", EntityID(40, 0)));
+  addLink<ArrayAttribute>(*plant, "EmptyArray", "x", true);
+
+  auto* shortcut = static_cast<ShortcutAttribute*>(
+      results.createAttribute(KorvanSDK::AttributeType::Shortcut, "AllSpeeds", AccessType::ReadWrite));
+  shortcut->addShortcut(std::vector<AttributePath>{AttributePath("Pumps.0.Speed"),
+                                                   AttributePath("Pumps.2.Speed"), AttributePath("Gone.Away"),
+                                                   AttributePath("a..b")});
+
+  EntityCollection collection(std::move(plant));
+  collection.addRootEntity(makeEntity("Solution Control", "SC", EntityID(0, 0)));
+  SolutionControlDefinition definition;
+  definition.setSolutionControlName("SC");
+  definition.setTimePath(AttributePath("Results.Simulated Time"));
+  collection.setSolutionControlDefinition(definition);
+  return collection;
+}
+
+std::string write(const EntityCollection& collection, DataStreamKind kind)
+{
+  FileSystem::DataOStream out(kind);
+  out << collection;
+  EXPECT_TRUE(out.good());
+  return out.data();
+}
+
+const DataStreamKind kKinds[] = {DataStreamKind::Binary, DataStreamKind::Text};
+
+} // namespace
+
+TEST(ModelStreamTest, CollectionRoundTripsInBothKinds)
+{
+  const EntityCollection original = fullCollection();
+  ASSERT_EQ(original.size(), 8u); // Main, P0, M, P1, P2, M, S0, SC
+  for (auto kind : kKinds)
+  {
+    SCOPED_TRACE(static_cast<int>(kind));
+    const std::string data = write(original, kind);
+    FileSystem::DataIStream in(data, kind);
+    EntityCollection read;
+    in >> read;
+    ASSERT_TRUE(in.good());
+    EXPECT_TRUE(in.atEnd());
+    EXPECT_TRUE(read.isEqual(original));
+    EXPECT_TRUE(original.isEqual(read));
+    EXPECT_EQ(write(read, kind), data);
+
+    // The links are wired up again: paths, full names, shortcuts and ownership work on the copy.
+    Entity* motor = read.getEntity(EntityID(22, 0));
+    EXPECT_EQ(motor->getName(true), "Main->P2->M");
+    EXPECT_EQ(motor->getParentEntityLink()->getType(), "Motor");
+    EXPECT_EQ(read.getEntityIndex(EntityID(40, 0)), std::nullopt);
+    const Attribute& allSpeeds =
+        read.getEntity(EntityID(-1, 7))->getAttribute(AttributePath("Results.AllSpeeds"));
+    EXPECT_EQ(allSpeeds.getDoubleValue(C::Current, false), 0.0); // 0 and 200 disagree
+    const auto& time = static_cast<const DoubleAttribute&>(
+        read.getEntity(EntityID(-1, 7))->getAttribute(AttributePath("Results.Time")));
+    EXPECT_EQ(time.getStorageType(), ValueType::Chronological);
+    EXPECT_EQ(time.get(C::Current), 1.0 / 3.0);
+    EXPECT_EQ(time.get(C::Next), std::numeric_limits<double>::max());
+    EXPECT_EQ(read.getSolutionControl()->getUniqueID(), EntityID(0, 0));
+    EXPECT_EQ(read.getSolutionControlDefinition().getTimePath().toString(), "Results.Simulated Time");
+  }
+}
+
+TEST(ModelStreamTest, DifferencesAreSeen)
+{
+  const EntityCollection original = fullCollection();
+  EntityCollection changed = fullCollection();
+  static_cast<DoubleAttribute&>(changed.getEntity(EntityID(12, -2))->getAttribute(AttributePath("Speed")))
+      .set(1.0, C::Current);
+  EXPECT_FALSE(changed.isEqual(original));
+  EntityCollection renamed = fullCollection();
+  renamed.getEntity(EntityID(30, 0))->setName("S1");
+  EXPECT_FALSE(renamed.isEqual(original));
+}
+
+TEST(ModelStreamTest, TruncatedStreamFailsCleanly)
+{
+  const EntityCollection original = fullCollection();
+  for (auto kind : kKinds)
+  {
+    SCOPED_TRACE(static_cast<int>(kind));
+    const std::string data = write(original, kind);
+    for (std::size_t length = 0; length < data.size(); length += (kind == DataStreamKind::Binary ? 1 : 3))
+    {
+      FileSystem::DataIStream in(data.substr(0, length), kind);
+      EntityCollection target(makeEntity("Keep", "Me", EntityID(99, 99)));
+      in >> target;
+      if (in.good())
+      {
+        // Only a text stream cut in its trailing blanks can still be complete.
+        EXPECT_TRUE(target.isEqual(original)) << "length " << length;
+        continue;
+      }
+      ASSERT_EQ(target.size(), 1u) << "length " << length;
+      EXPECT_EQ(target.getEntity(std::size_t{0})->name(), "Me");
+    }
+  }
+}
+
+TEST(ModelStreamTest, AnotherAttributeKindInTheStreamFails)
+{
+  ValueAttribute<int> value("V", AccessType::ReadWrite, nullptr);
+  value.set(3, C::Initial);
+  FileSystem::DataOStream out;
+  value.toStream(out);
+  FileSystem::DataIStream in(out.data());
+  ValueAttribute<double> other("W", AccessType::None, nullptr);
+  other.fromStream(in);
+  EXPECT_FALSE(in.good());
+  EXPECT_EQ(other.getType(), "W");
+
+  FileSystem::DataIStream again(out.data());
+  ValueAttribute<int> same;
+  same.fromStream(again);
+  EXPECT_TRUE(again.good());
+  EXPECT_TRUE(same.isEqual(value));
+}
