@@ -92,7 +92,34 @@ void CSVDefinitionFileParser::writeData(RowInserter out) const
   {
     // An entity placed straight into a composite (not held by a link) is written with that composite.
     if (entity && (entity->isRoot() || entity->getParentLink()))
+    {
       writeEntity(*entity, out);
+      writeUnlistedEntities(*entity, true, out);
+    }
+  }
+}
+
+void CSVDefinitionFileParser::writeUnlistedEntities(const Model::CompositeAttribute& composite, bool listed,
+                                                    RowInserter out) const
+{
+  // Entities held by a link that does not own them are not in the collection's flat list (nor is
+  // anything below them), yet the link still holds them: they travel right after their holder.
+  for (const auto& child : composite)
+  {
+    const AttributeType type = child->getAttributeType(false);
+    if (isLinkType(type))
+    {
+      const auto& link = static_cast<const Model::EntityLinkAttributeBase&>(*child);
+      if (listed && link.getOwnsEntities())
+        continue;
+      for (const Entity* held : link.getEntities(false))
+      {
+        writeEntity(*held, out);
+        writeUnlistedEntities(*held, false, out);
+      }
+    }
+    else if (type == AttributeType::Composite || type == AttributeType::Entity)
+      writeUnlistedEntities(static_cast<const Model::CompositeAttribute&>(*child), listed, out);
   }
 }
 

@@ -10,6 +10,7 @@
 namespace Ombrix::Model
 {
 class Attribute;
+class CompositeAttribute;
 class Entity;
 class EntityCollection;
 } // namespace Ombrix::Model
@@ -58,6 +59,8 @@ private:
   Columns columns() const;
   void writeAttributeRows(const Columns& columns, const Row& identity, const Model::Attribute& attribute,
                           RowInserter out) const;
+
+  void writeUnlistedEntities(const Model::CompositeAttribute& composite, bool listed, RowInserter out) const;
 
   Model::EntityCollection* m_collection;
   ChronologySet m_chronologies;
