@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ombrix/OmbrixExport.h"
+#include "ombrix/sdk/CodedException.h"
 
 #include <stdexcept>
 #include <string>
@@ -9,10 +10,14 @@
 namespace Ombrix::Model
 {
 
-class OMBRIX_API AccessException : public std::runtime_error
+class OMBRIX_API AccessException : public std::runtime_error, public KorvanSDK::CodedException
 {
 public:
   explicit AccessException(const std::string& message) : std::runtime_error(message) {}
+  KorvanSDK::ExceptionType exceptionType() const noexcept override
+  {
+    return KorvanSDK::ExceptionType::AccessError;
+  }
 };
 
 } // namespace Ombrix::Model

@@ -6,7 +6,7 @@
 namespace Ombrix::Model
 {
 
-class ArrayAttribute;
+class OMBRIX_API ArrayAttribute;
 extern template class EntitySequenceAttribute<ArrayAttribute, 10, KorvanSDK::Model::IArrayAttribute>;
 
 class OMBRIX_API ArrayAttribute

@@ -58,7 +58,10 @@ public:
 
   const std::vector<AttributeContainer<Entity>>& getRootEntitites() const { return m_roots; }
   const SolutionControlDefinition& getSolutionControlDefinition() const { return m_solutionControl; }
-  void setSolutionControlDefinition(const SolutionControlDefinition& definition) { m_solutionControl = definition; }
+  void setSolutionControlDefinition(const SolutionControlDefinition& definition)
+  {
+    m_solutionControl = definition;
+  }
 
   // Counting. The trailing flag is accepted by every lookup and does not change what matches.
   std::size_t getNumberOfEntities(bool flag = false) const;
@@ -92,7 +95,8 @@ public:
   Entity* getEntity(const EntityID& id, bool flag = false) const;
   Entity* getEntity(const std::string& type, std::size_t index, bool flag = false) const;
   Entity* getEntity(const std::string& type, const std::string& name, bool flag = false) const;
-  Entity* getEntity(const std::string& type, const std::string& name, std::size_t index, bool flag = false) const;
+  Entity* getEntity(const std::string& type, const std::string& name, std::size_t index,
+                    bool flag = false) const;
   Entity* getEntity(const EntityTypeName& typeName, bool flag = false) const;
   Entity* operator[](const EntityTypeName& typeName) const { return getEntity(typeName); }
   // std::out_of_range "No Root Entity found with rootEntity_i='<index>'".
@@ -102,7 +106,8 @@ public:
   bool hasEntity(const EntityID& id, bool flag = false) const;
   bool hasEntity(const std::string& type, std::size_t index, bool flag = false) const;
   bool hasEntity(const std::string& type, const std::string& name, bool flag = false) const;
-  bool hasEntity(const std::string& type, const std::string& name, std::size_t index, bool flag = false) const;
+  bool hasEntity(const std::string& type, const std::string& name, std::size_t index,
+                 bool flag = false) const;
   bool hasEntity(const EntityTypeName& typeName, bool flag = false) const;
   std::optional<std::uint64_t> getEntityIndex(const EntityID& id, bool flag = false) const;
   std::optional<std::uint64_t> getEntityIndex(const Entity* entity, bool flag = false) const;
@@ -124,13 +129,33 @@ public:
   // Roots, flat list and solution-control definition equal (entities compared deeply, in order).
   bool isEqual(const EntityCollection& other) const;
 
+  // The collection as the host sees it (the collection is its own handle; see IEntityCollection).
+  KorvanSDK::Model::IEntityCollection* getSDKInterface() { return this; }
+  const KorvanSDK::Model::IEntityCollection* getSDKInterface() const { return this; }
+
+protected:
+  // Host-facing lookups (EntityCollectionSDK.cpp): the lookups above, failures turned into codes.
+  KorvanSDK::ExceptionType do_getNumberOfEntities(std::uint64_t& count) override;
+  KorvanSDK::ExceptionType do_getNumberOfEntitiesOfType(const char* type, std::uint64_t& count) override;
+  KorvanSDK::ExceptionType do_getNumberOfRootEntities(std::uint64_t& count) override;
+  KorvanSDK::ExceptionType do_getEntity(std::uint64_t index, KorvanSDK::Model::IEntity*& entity) override;
+  KorvanSDK::ExceptionType do_getEntityByID(const KorvanSDK::Model::EntityID& id,
+                                            KorvanSDK::Model::IEntity*& entity) override;
+  KorvanSDK::ExceptionType do_getEntityByType(const char* type, std::uint64_t index,
+                                              KorvanSDK::Model::IEntity*& entity) override;
+  KorvanSDK::ExceptionType do_getEntityByName(const char* type, const char* name, std::uint64_t index,
+                                              KorvanSDK::Model::IEntity*& entity) override;
+  KorvanSDK::ExceptionType do_getRootEntity(std::uint64_t index, KorvanSDK::Model::IEntity*& entity) override;
+  KorvanSDK::ExceptionType do_getSolutionControl(KorvanSDK::Model::IEntity*& entity) override;
+
 private:
   struct Index;
   const Index& index() const;
   void invalidateIndex() const;
   // Positions of the entities matching type and name: full-name matches, else own-name matches.
   const std::vector<std::size_t>* typeNameMatches(const std::string& type, const std::string& name) const;
-  std::optional<std::size_t> positionOf(const std::string& type, const std::string& name, std::size_t index) const;
+  std::optional<std::size_t> positionOf(const std::string& type, const std::string& name,
+                                        std::size_t index) const;
 
   List m_entities;
   std::vector<AttributeContainer<Entity>> m_roots;
@@ -138,7 +163,8 @@ private:
   mutable std::unique_ptr<Index> m_index;
 };
 
-OMBRIX_API FileSystem::DataOStream& operator<<(FileSystem::DataOStream& out, const EntityCollection& collection);
+OMBRIX_API FileSystem::DataOStream& operator<<(FileSystem::DataOStream& out,
+                                               const EntityCollection& collection);
 OMBRIX_API FileSystem::DataIStream& operator>>(FileSystem::DataIStream& in, EntityCollection& collection);
 
 } // namespace Ombrix::Model

@@ -6,7 +6,7 @@
 namespace Ombrix::Model
 {
 
-class ListAttribute;
+class OMBRIX_API ListAttribute;
 extern template class EntitySequenceAttribute<ListAttribute, 8, KorvanSDK::Model::IListAttribute>;
 
 class OMBRIX_API ListAttribute

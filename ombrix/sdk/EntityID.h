@@ -6,11 +6,12 @@
 
 #include <cstdint>
 
-extern "C" {
-struct KorvanSDK_Model_EntityID
+extern "C"
 {
-  std::int32_t id[2];
-};
+  struct KorvanSDK_Model_EntityID
+  {
+    std::int32_t id[2];
+  };
 }
 
 namespace KorvanSDK::Model

@@ -1,12 +1,13 @@
-// The host SDK's view of a array attribute.
+// The host SDK's view of a array attribute, which holds an ordered array of entities; its calls are those of
+// IEntityLinkAttribute.
 #pragma once
 
-#include "ombrix/sdk/IAttribute.h"
+#include "ombrix/sdk/IEntityLinkAttribute.h"
 
 namespace KorvanSDK::Model
 {
 
-class OMBRIX_API IArrayAttribute : public IAttribute
+class OMBRIX_API IArrayAttribute : public IEntityLinkAttribute
 {
 };
 

@@ -1,12 +1,13 @@
-// The host SDK's view of a list attribute.
+// The host SDK's view of a list attribute, which holds an ordered list of entities; its calls are those of
+// IEntityLinkAttribute.
 #pragma once
 
-#include "ombrix/sdk/IAttribute.h"
+#include "ombrix/sdk/IEntityLinkAttribute.h"
 
 namespace KorvanSDK::Model
 {
 
-class OMBRIX_API IListAttribute : public IAttribute
+class OMBRIX_API IListAttribute : public IEntityLinkAttribute
 {
 };
 

@@ -284,6 +284,17 @@ std::string le64(std::uint64_t value)
   return bytes;
 }
 
+// A read into a target that starts as `initial`; true when the target still holds it afterwards.
+template <typename T> std::function<bool(DataIStream&)> keeps(T initial)
+{
+  return [initial](DataIStream& in)
+  {
+    T value = initial;
+    in >> value;
+    return value == initial;
+  };
+}
+
 template <typename P>
 concept Writable = requires(DataOStream& out, P p)
 {
@@ -548,18 +559,8 @@ TEST(DataStream, MalformedValuesFail)
     DataStreamKind kind;
     std::function<bool(DataIStream&)> read; // reads, returns whether the target kept its value
   };
-  const auto keepsInt32 = [](DataIStream& in)
-  {
-    std::int32_t value = 11;
-    in >> value;
-    return value == 11;
-  };
-  const auto keepsString = [](DataIStream& in)
-  {
-    std::string value = "old";
-    in >> value;
-    return value == "old";
-  };
+  const auto keepsInt32 = keeps<std::int32_t>(11);
+  const auto keepsString = keeps<std::string>("old");
   const Case cases[] = {
       {"word for an integer", "abc", DataStreamKind::Text, keepsInt32},
       {"fraction for an integer", "1.5", DataStreamKind::Text, keepsInt32},
@@ -567,41 +568,11 @@ TEST(DataStream, MalformedValuesFail)
       {"digits glued to a word", "12ab", DataStreamKind::Text, keepsInt32},
       {"integer out of range", "2147483648", DataStreamKind::Text, keepsInt32},
       {"nothing left", "  \n", DataStreamKind::Text, keepsInt32},
-      {"int8 out of range", "128", DataStreamKind::Text,
-       [](DataIStream& in)
-       {
-         std::int8_t value = 3;
-         in >> value;
-         return value == 3;
-       }},
-      {"negative unsigned", "-1", DataStreamKind::Text,
-       [](DataIStream& in)
-       {
-         std::uint32_t value = 3;
-         in >> value;
-         return value == 3;
-       }},
-      {"double out of range", "1e999", DataStreamKind::Text,
-       [](DataIStream& in)
-       {
-         double value = 3;
-         in >> value;
-         return value == 3;
-       }},
-      {"bool word", "yes", DataStreamKind::Text,
-       [](DataIStream& in)
-       {
-         bool value = true;
-         in >> value;
-         return value;
-       }},
-      {"bool byte 2", "\x02", DataStreamKind::Binary,
-       [](DataIStream& in)
-       {
-         bool value = true;
-         in >> value;
-         return value;
-       }},
+      {"int8 out of range", "128", DataStreamKind::Text, keeps<std::int8_t>(3)},
+      {"negative unsigned", "-1", DataStreamKind::Text, keeps<std::uint32_t>(3)},
+      {"double out of range", "1e999", DataStreamKind::Text, keeps<double>(3)},
+      {"bool word", "yes", DataStreamKind::Text, keeps<bool>(true)},
+      {"bool byte 2", "\x02", DataStreamKind::Binary, keeps<bool>(true)},
       {"short integer", "\x01\x02\x03", DataStreamKind::Binary, keepsInt32},
       {"string without quotes", "abc", DataStreamKind::Text, keepsString},
       {"string not closed", "\"abc", DataStreamKind::Text, keepsString},

@@ -2,6 +2,7 @@
 #include "ombrix/sdk/AttributeType.h"
 #include "ombrix/sdk/Chronology.h"
 #include "ombrix/sdk/SolveState.h"
+
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -10,9 +11,9 @@ using namespace KorvanSDK;
 
 TEST(Enumerations, AttributeTypeTextsRoundTrip)
 {
-  const std::pair<int, const char*> cases[] = {{0, "Unknown"}, {1, "Int"},      {2, "Bool"},  {3, "String"},
-                                               {4, "Float"},   {5, "Composite"}, {6, "Entity"}, {7, "Link"},
-                                               {8, "List"},    {9, "Shortcut"}, {10, "Array"}, {11, "Double"}};
+  const std::pair<int, const char*> cases[] = {
+      {0, "Unknown"}, {1, "Int"},  {2, "Bool"}, {3, "String"},   {4, "Float"},  {5, "Composite"},
+      {6, "Entity"},  {7, "Link"}, {8, "List"}, {9, "Shortcut"}, {10, "Array"}, {11, "Double"}};
   for (const auto& [value, text] : cases)
   {
     SCOPED_TRACE(text);
