@@ -7,7 +7,8 @@ namespace Ombrix::Model
 {
 
 class OMBRIX_API ArrayAttribute;
-extern template class EntitySequenceAttribute<ArrayAttribute, 10, KorvanSDK::Model::IArrayAttribute>;
+extern template class OMBRIX_API
+    EntitySequenceAttribute<ArrayAttribute, 10, KorvanSDK::Model::IArrayAttribute>;
 
 class OMBRIX_API ArrayAttribute
     : public EntitySequenceAttribute<ArrayAttribute, 10, KorvanSDK::Model::IArrayAttribute>

@@ -7,7 +7,7 @@ namespace Ombrix::Model
 {
 
 class OMBRIX_API ListAttribute;
-extern template class EntitySequenceAttribute<ListAttribute, 8, KorvanSDK::Model::IListAttribute>;
+extern template class OMBRIX_API EntitySequenceAttribute<ListAttribute, 8, KorvanSDK::Model::IListAttribute>;
 
 class OMBRIX_API ListAttribute
     : public EntitySequenceAttribute<ListAttribute, 8, KorvanSDK::Model::IListAttribute>

@@ -1,0 +1,270 @@
+#include "ombrix/csv/CSVFileParserBase.h"
+
+#include "ombrix/log/LogSection.h"
+#include "ombrix/model/Entity.h"
+#include "ombrix/platform/CSVParser.h"
+#include "ombrix/platform/File.h"
+
+#include <cstdio>
+#include <stdexcept>
+
+namespace Ombrix
+{
+
+namespace
+{
+
+FileSystem::CSVParser makeParser()
+{
+  return FileSystem::CSVParser(',', false, false, '\n', true);
+}
+
+} // namespace
+
+bool CSVFileParserBase::parseFile(const std::string& path)
+{
+  m_fileName = path;
+  FileSystem::CSVParser parser = makeParser();
+  addToLog(LogLevel::Informational, "Reading %s", path.c_str());
+  if (!FileSystem::File::exists(path))
+  {
+    addToLog(LogLevel::Warning, "File does not exist : %s", path.c_str());
+    return false;
+  }
+  parser.parseFile(path, false, false, true);
+  m_additionalHeaderTokens.clear();
+  const Table& rows = parser.rows();
+  return read(rows.begin(), rows.end());
+}
+
+bool CSVFileParserBase::parseData(const Table& rows)
+{
+  m_additionalHeaderTokens.clear();
+  return read(rows.begin(), rows.end());
+}
+
+CSVFileParserBase::Table CSVFileParserBase::generateData() const
+{
+  Table table;
+  write(std::back_inserter(table));
+  return table;
+}
+
+bool CSVFileParserBase::saveAs(const std::string& path) const
+{
+  FileSystem::CSVParser parser = makeParser();
+  m_fileVersion = csvParserVersion;
+  addToLog(LogLevel::Informational, "Saving %s", path.c_str());
+  write(std::back_inserter(parser.rows()));
+  return parser.saveAs(path, false);
+}
+
+void CSVFileParserBase::generateHeaderMap(const Row& headerRow) const
+{
+  m_headerMap.clear();
+  for (std::size_t i = 0; i < headerRow.size(); ++i)
+    m_headerMap[headerRow[i]] = i;
+}
+
+std::optional<std::size_t> CSVFileParserBase::fieldIndex(const std::string& name) const
+{
+  auto it = m_headerMap.find(name);
+  if (it == m_headerMap.end())
+    return std::nullopt;
+  return it->second;
+}
+
+const std::string& CSVFileParserBase::getField(const std::string& name, const Row& row) const
+{
+  static const std::string empty;
+  auto index = fieldIndex(name);
+  if (!index || *index >= row.size())
+    return empty;
+  return row[*index];
+}
+
+void CSVFileParserBase::setField(const std::string& name, const std::string& value, Row& row) const
+{
+  auto index = fieldIndex(name);
+  if (index && *index < row.size())
+    row[*index] = value;
+}
+
+bool CSVFileParserBase::isEntity(Model::Entity* const entity, const Model::EntityID& id) const
+{
+  return entity && entity->getUniqueID() == id;
+}
+
+bool CSVFileParserBase::isEntity(Model::Entity* const entity, const std::string& type,
+                                 const std::string& name) const
+{
+  if (!entity || entity->type() != type)
+    return false;
+  return name == entity->name() || name == entity->getName(true);
+}
+
+bool CSVFileParserBase::isEntity(Model::Entity* const entity, const Model::EntityID& id,
+                                 const std::string& type, const std::string& name) const
+{
+  return isEntity(entity, id) && isEntity(entity, type, name);
+}
+
+std::string CSVFileParserBase::convertFullEntityName(const std::string& name) const
+{
+  if (!m_useFullEntityNames)
+    return name;
+  const auto position = name.rfind("->");
+  return position == std::string::npos ? name : name.substr(position + 2);
+}
+
+void CSVFileParserBase::addToLog(LogLevel level, const char* format, ...) const
+{
+  va_list args;
+  va_start(args, format);
+  vaddToLog(level, format, args);
+  va_end(args);
+}
+
+void CSVFileParserBase::vaddToLog(LogLevel level, std::string_view format, va_list args) const
+{
+  if (!isLogged(level))
+    return;
+  LogSection section("CSV File : " + m_fileName);
+  section.vaddToLog(LogManager::TimePoint(std::chrono::time_point_cast<std::chrono::milliseconds>(
+                        std::chrono::system_clock::now())),
+                    level, format, args);
+}
+
+bool CSVFileParserBase::isLogged(LogLevel level) const
+{
+  LogManager& log = LogManager::instance();
+  return log.isActive() && static_cast<int>(level) <= static_cast<int>(log.getLevel());
+}
+
+void CSVFileParserBase::reportError(const std::string& message, bool fatal) const
+{
+  addToLog(LogLevel::Error, "%s", message.c_str());
+  if (fatal)
+    throw std::runtime_error(message);
+}
+
+void CSVFileParserBase::reportInvalidAttribute(const std::string& message, bool fatal) const
+{
+  addToLog(LogLevel::Error, "%s", message.c_str());
+  if (fatal)
+    throw AttributeReadError(message);
+}
+
+std::string CSVFileParserBase::rowPlace(RowIterator row) const
+{
+  return (m_fileName.empty() ? std::string("CSV rows") : m_fileName) + ", row " +
+         std::to_string(row - m_tableBegin + 1) + ": ";
+}
+
+CSVFileParserBase::Row CSVFileParserBase::fileHeader(std::size_t version, const std::string& additionalToken)
+{
+  Row row{"<<", "START", "CSV", versionToken(version)};
+  if (!additionalToken.empty())
+    row.push_back(additionalToken);
+  row.push_back(">>");
+  return row;
+}
+
+CSVFileParserBase::Row CSVFileParserBase::fileFooter(std::size_t version)
+{
+  return Row{"<<", "END", "CSV", versionToken(version), ">>"};
+}
+
+std::string CSVFileParserBase::versionToken(std::size_t version)
+{
+  char buffer[32];
+  std::snprintf(buffer, sizeof buffer, "VER%02zu", version);
+  return buffer;
+}
+
+std::optional<std::size_t> CSVFileParserBase::readVersionToken(const std::string& token)
+{
+  if (token.size() < 3 || token.compare(0, 3, "VER") != 0)
+    return std::nullopt;
+  try
+  {
+    return static_cast<std::size_t>(std::stoull(token.substr(3)));
+  }
+  catch (const std::exception&)
+  {
+    return std::nullopt;
+  }
+}
+
+std::optional<std::size_t> CSVFileParserBase::readVersionFromHeader(const Row& row)
+{
+  if (row.size() < 5 || row[0] != "<<" || row[1] != "START" || row[2] != "CSV" || row.back() != ">>")
+    return std::nullopt;
+  return readVersionToken(row[3]);
+}
+
+void CSVFileParserBase::frameError(const std::string& message) const
+{
+  addToLog(LogLevel::Error, "%s", message.c_str());
+  throw std::runtime_error(message);
+}
+
+CSVFileParserBase::RowIterator CSVFileParserBase::checkHeader(RowIterator first, RowIterator last)
+{
+  for (RowIterator row = first; row != last; ++row)
+  {
+    if (auto version = readVersionFromHeader(*row))
+    {
+      if (row->size() >= 6)
+        m_additionalHeaderTokens = (*row)[4];
+      m_fileVersion = *version;
+      return row;
+    }
+  }
+  frameError("Missing FileHeader");
+}
+
+CSVFileParserBase::RowIterator CSVFileParserBase::checkFooter(RowIterator first, RowIterator last) const
+{
+  const Row footer = fileFooter(m_fileVersion);
+  for (RowIterator row = last; row != first;)
+  {
+    --row;
+    if (*row == footer)
+      return row;
+  }
+  frameError("Missing FileFooter");
+}
+
+bool CSVFileParserBase::read(RowIterator first, RowIterator last)
+{
+  m_tableBegin = first;
+  const RowIterator header = checkHeader(first, last);
+  const RowIterator content = std::next(header);
+  if (content == last)
+    frameError("Missing FileHeader");
+  if (!isSupportedVersion(m_fileVersion))
+    frameError("Unsupported file version.");
+  // The footer may not stand directly after the header: the search stops short of that row.
+  const RowIterator footer = checkFooter(std::next(content), last);
+  return readData(content, footer).second;
+}
+
+void CSVFileParserBase::write(RowInserter out) const
+{
+  writeHeader(out);
+  writeData(out);
+  writeFooter(out);
+}
+
+void CSVFileParserBase::writeHeader(RowInserter out) const
+{
+  *out++ = fileHeader(m_fileVersion, m_additionalHeaderTokens);
+}
+
+void CSVFileParserBase::writeFooter(RowInserter out) const
+{
+  *out++ = fileFooter(m_fileVersion);
+}
+
+} // namespace Ombrix

@@ -1,0 +1,101 @@
+// Helpers shared by the CSV parsers: value text of a value attribute at one chronology, the value
+// column names and the parsing of value text into the attribute's own element type.
+#pragma once
+
+#include "ombrix/model/ValueAttribute.h"
+#include "ombrix/model/ValueText.h"
+#include "ombrix/sdk/Chronology.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace Ombrix::CSVValueText
+{
+
+constexpr std::array<KorvanSDK::Chronology, 5> allChronologies{
+    KorvanSDK::Chronology::Initial, KorvanSDK::Chronology::Continue, KorvanSDK::Chronology::TimeStepStart,
+    KorvanSDK::Chronology::Current, KorvanSDK::Chronology::Next};
+
+inline std::string columnName(KorvanSDK::Chronology chronology)
+{
+  return KorvanSDK::chronologyToString(chronology) + "Value";
+}
+
+inline bool isValueType(KorvanSDK::AttributeType type)
+{
+  using KorvanSDK::AttributeType;
+  return type == AttributeType::Int || type == AttributeType::Bool || type == AttributeType::String ||
+         type == AttributeType::Float || type == AttributeType::Double;
+}
+
+template <typename T>
+bool appendTyped(std::string& out, const Model::Attribute& attribute, KorvanSDK::Chronology chronology,
+                 Model::NumberFormat format)
+{
+  const auto& value = static_cast<const Model::ValueAttribute<T>&>(attribute);
+  const T* stored = nullptr;
+  try
+  {
+    stored = &value.get(chronology);
+  }
+  catch (const std::out_of_range&)
+  {
+    return false; // no value at this chronology: the field stays empty
+  }
+  if constexpr (std::is_same_v<T, std::string>)
+    out += *stored;
+  else if constexpr (std::is_floating_point_v<T>)
+  {
+    if (format == Model::NumberFormat::Fixed)
+    {
+      // The same text as "%f" (to_chars rounds exactly, as printf does), without printf's cost.
+      char buffer[400];
+      const auto result = std::to_chars(buffer, buffer + sizeof buffer, static_cast<double>(*stored),
+                                        std::chars_format::fixed, 6);
+      out.append(buffer, result.ptr);
+    }
+    else
+      Model::appendText(out, *stored, format);
+  }
+  else
+    Model::appendText(out, *stored);
+  return true;
+}
+
+// Appends the text of a value attribute (types Int, Bool, String, Float, Double) at `chronology`.
+inline bool appendValue(std::string& out, const Model::Attribute& attribute, KorvanSDK::Chronology chronology,
+                        Model::NumberFormat format)
+{
+  using KorvanSDK::AttributeType;
+  switch (attribute.getAttributeType(false))
+  {
+  case AttributeType::Int:
+    return appendTyped<int>(out, attribute, chronology, format);
+  case AttributeType::Bool:
+    return appendTyped<bool>(out, attribute, chronology, format);
+  case AttributeType::String:
+    return appendTyped<std::string>(out, attribute, chronology, format);
+  case AttributeType::Float:
+    return appendTyped<float>(out, attribute, chronology, format);
+  case AttributeType::Double:
+    return appendTyped<double>(out, attribute, chronology, format);
+  default:
+    return false;
+  }
+}
+
+// Equal values, counting two NaNs of a floating type as equal (both then read back the same).
+template <typename T> bool sameValue(const T& a, const T& b)
+{
+  if constexpr (std::is_floating_point_v<T>)
+    return a == b ? std::signbit(a) == std::signbit(b) : (std::isnan(a) && std::isnan(b));
+  else
+    return a == b;
+}
+
+} // namespace Ombrix::CSVValueText

@@ -1,0 +1,372 @@
+#include "ombrix/csv/CSVDefinitionFileParser.h"
+
+#include "ombrix/platform/CSVParser.h"
+
+#include "csv/CSVTestModel.h"
+
+#include <cmath>
+
+namespace
+{
+
+using namespace CSVTest;
+using Ombrix::CSVDefinitionFileParser;
+using Table = Ombrix::CSVFileParserBase::Table;
+using Chronologies = CSVDefinitionFileParser::ChronologySet;
+
+const Chronologies allChronologies{Chronology::Initial, Chronology::Continue, Chronology::TimeStepStart,
+                                   Chronology::Current, Chronology::Next};
+
+class CSVDefinitionFileParserTest : public LoggedTest
+{
+protected:
+  // Writes `source` to def.csv and reads it into `target`.
+  void roundTrip(EntityCollection& source, EntityCollection& target, const Chronologies& chronologies,
+                 bool fullNames = false, Ombrix::Model::NumberFormat format = NumberFormat::Fixed)
+  {
+    CSVDefinitionFileParser writer(source);
+    writer.setChronologies(chronologies);
+    writer.setUseFullEntityNames(fullNames);
+    writer.setNumberFormat(format);
+    ASSERT_TRUE(writer.saveAs(path));
+    CSVDefinitionFileParser reader(target);
+    ASSERT_TRUE(reader.parseFile(path));
+  }
+
+  // A definition file made of the given content rows between the frame rows.
+  std::string framed(const std::string& content) const
+  {
+    return "<<,START,CSV,VER04,>>\n" + content + "<<,END,CSV,VER04,>>\n";
+  }
+
+  std::string path = dir.file("def.csv");
+};
+
+const std::string header = "EntityID,EntityType,EntityName,Access,AttributePath,Type,InitialValue,Unit\n";
+
+TEST_F(CSVDefinitionFileParserTest, ColumnHeader)
+{
+  struct Case
+  {
+    const char* name;
+    Chronologies chronologies;
+    bool fullNames;
+    std::vector<std::string> expected;
+  };
+  const Case cases[] = {
+      {"no chronologies",
+       {},
+       false,
+       {"EntityID", "EntityType", "EntityName", "Access", "AttributePath", "Type", "Unit"}},
+      {"full names",
+       {Chronology::Current, Chronology::Initial},
+       true,
+       {"EntityID", "EntityType", "FullEntityName", "Access", "AttributePath", "Type", "InitialValue",
+        "CurrentValue", "Unit"}},
+      {"all",
+       allChronologies,
+       false,
+       {"EntityID", "EntityType", "EntityName", "Access", "AttributePath", "Type", "InitialValue",
+        "ContinueValue", "TimeStepStartValue", "CurrentValue", "NextValue", "Unit"}},
+  };
+  for (const Case& c : cases)
+  {
+    SCOPED_TRACE(c.name);
+    EntityCollection collection;
+    CSVDefinitionFileParser parser(collection);
+    parser.setChronologies(c.chronologies);
+    parser.setUseFullEntityNames(c.fullNames);
+    const Table table = parser.generateData();
+    ASSERT_EQ(table.size(), 3u);
+    EXPECT_EQ(table[1], c.expected);
+  }
+  EXPECT_EQ(CSVDefinitionFileParser::dataHeader(false),
+            (std::vector<std::string>{"EntityID", "EntityType", "EntityName", "AttributePath", "Type",
+                                      "Access", "InitValue", "Unit"}));
+  EXPECT_EQ(CSVDefinitionFileParser::dataHeader(true)[2], "FullEntityName");
+}
+
+TEST_F(CSVDefinitionFileParserTest, WrittenRows)
+{
+  EntityCollection collection;
+  buildModel(collection);
+  CSVDefinitionFileParser parser(collection);
+  parser.setChronologies({Chronology::Initial, Chronology::Current});
+  const Table table = parser.generateData();
+  auto rowOf = [&](const std::string& id, const std::string& path) -> std::vector<std::string>
+  {
+    for (const auto& row : table)
+    {
+      if (row.size() > 4 && row[0] == id && row[4] == path)
+        return row;
+    }
+    return {};
+  };
+  using Row = std::vector<std::string>;
+  EXPECT_EQ(rowOf("3-17", ""), (Row{"3-17", "Pump", "P1, \"main\"", "ReadWrite", "", "Entity", "", "", ""}));
+  EXPECT_EQ(rowOf("3-17", "Speed"), (Row{"3-17", "Pump", "P1, \"main\"", "ReadWrite", "Speed", "Double",
+                                         "1.500000", "2.250000", "rpm"}));
+  EXPECT_EQ(rowOf("3-17", "On"),
+            (Row{"3-17", "Pump", "P1, \"main\"", "ReadWrite", "On", "Bool", "Yes", "Yes", ""}));
+  EXPECT_EQ(rowOf("3-17", "Geometry"),
+            (Row{"3-17", "Pump", "P1, \"main\"", "ReadWrite", "Geometry", "Composite", "", "", ""}));
+  EXPECT_EQ(rowOf("3-17", "Geometry.Height")[3], "None");
+  EXPECT_EQ(rowOf("3-17", "Both Diameters")[6], "Geometry.Diameter|Inlet Diameter");
+  EXPECT_EQ(rowOf("3-17", "Servers")[6], "R|Owns:4-17|Owns:5-17");
+  EXPECT_EQ(rowOf("3-17", "Backup")[6], "Spare|Owns:6-17");
+  EXPECT_EQ(rowOf("3-17", "Slots")[6], "Slot|Links:7-17");
+  EXPECT_EQ(rowOf("7-17", ""), (Row{"7-17", "Slot", "A1", "ReadOnly", "", "Entity", "", "", ""}));
+
+  // Entities in pre-order: solution control, pump with its attributes, then the held entities.
+  std::vector<std::string> order;
+  for (std::size_t i = 2; i + 1 < table.size(); ++i)
+  {
+    if (table[i][4].empty())
+      order.push_back(table[i][0]);
+  }
+  // Entities that a non-owning link holds follow their holder.
+  EXPECT_EQ(order, (std::vector<std::string>{"1-1", "3-17", "7-17", "4-17", "5-17", "6-17"}));
+
+  // Without Initial, neither shortcut targets nor link texts are written.
+  parser.setChronologies({Chronology::Current});
+  for (const auto& row : parser.generateData())
+  {
+    if (row.size() > 5 && (row[5] == "Shortcut" || row[5] == "List"))
+    {
+      EXPECT_EQ(row[6], "");
+    }
+  }
+}
+
+TEST_F(CSVDefinitionFileParserTest, UnresolvableShortcutTargetsAreLeftOut)
+{
+  EntityCollection collection;
+  buildModel(collection);
+  auto& shortcut = static_cast<ShortcutAttribute&>(
+      collection.getEntity(EntityID(3, 17))->getAttribute(AttributePath("Both Diameters")));
+  shortcut.addShortcut(AttributePath("Nowhere"));
+  CSVDefinitionFileParser parser(collection);
+  parser.setChronologies({Chronology::Initial});
+  for (const auto& row : parser.generateData())
+  {
+    if (row.size() > 5 && row[4] == "Both Diameters")
+    {
+      EXPECT_EQ(row[6], "Geometry.Diameter|Inlet Diameter");
+    }
+  }
+}
+
+TEST_F(CSVDefinitionFileParserTest, RoundTripRebuildsAnEqualCollection)
+{
+  struct Case
+  {
+    const char* name;
+    Chronologies chronologies;
+    bool fullNames;
+  };
+  const Case cases[] = {
+      {"initial only", {Chronology::Initial}, false},
+      {"initial and current", {Chronology::Initial, Chronology::Current}, false},
+      {"all chronologies", allChronologies, false},
+      {"full names", allChronologies, true},
+  };
+  for (const Case& c : cases)
+  {
+    SCOPED_TRACE(c.name);
+    EntityCollection source;
+    buildModel(source);
+    if (c.chronologies.size() == 1)
+    {
+      // Initial alone cannot carry a second chronology: keep the source simple.
+      auto& speed = static_cast<DoubleAttribute&>(
+          source.getEntity(EntityID(3, 17))->getAttribute(AttributePath("Speed")));
+      speed.container().replace(std::make_unique<Data::SimpleValue<double>>(1.5));
+    }
+    EntityCollection target;
+    roundTrip(source, target, c.chronologies, c.fullNames);
+    EXPECT_TRUE(source.isEqual(target));
+    EXPECT_EQ(target.size(), source.size());
+    const Entity* server = target.getEntity(EntityID(5, 17));
+    ASSERT_NE(server, nullptr);
+    EXPECT_EQ(server->getName(true), "P1, \"main\"->S5");
+    const auto& speed = static_cast<const DoubleAttribute&>(
+        target.getEntity(EntityID(3, 17))->getAttribute(AttributePath("Speed")));
+    EXPECT_EQ(speed.getStorageType(),
+              c.chronologies.size() == 1 ? ValueType::Simple : ValueType::Chronological);
+    EXPECT_EQ(target.getEntity(EntityID(3, 17))
+                  ->getAttribute(AttributePath("Both Diameters"))
+                  .getDoubleValue(Chronology::Initial, false),
+              0.3);
+  }
+  EXPECT_TRUE(logged("3-17 Processing Entity"));
+  EXPECT_TRUE(logged("3-17:Geometry.Diameter Processing Attribute"));
+}
+
+TEST_F(CSVDefinitionFileParserTest, FixedNotationLosesSmallNumbersRoundTripKeepsThem)
+{
+  for (auto format : {NumberFormat::Fixed, NumberFormat::RoundTrip})
+  {
+    SCOPED_TRACE(format == NumberFormat::Fixed ? "fixed" : "round trip");
+    EntityCollection source;
+    auto entity = makeEntity("Probe", "P", EntityID(2, 2));
+    addDouble(*entity, "Tiny", AccessType::ReadWrite, 1e-7);
+    addDouble(*entity, "Third", AccessType::ReadWrite, 1.0 / 3.0);
+    add<FloatAttribute>(*entity, AttributeType::Float, "F", AccessType::ReadWrite)
+        .set(0.1f, Chronology::Initial);
+    source.addRootEntity(std::move(entity));
+    EntityCollection target;
+    roundTrip(source, target, {Chronology::Initial}, false, format);
+    const Entity* read = target.getEntity(EntityID(2, 2));
+    ASSERT_NE(read, nullptr);
+    const double tiny = read->getAttribute(AttributePath("Tiny")).getDoubleValue(Chronology::Initial, false);
+    if (format == NumberFormat::Fixed)
+    {
+      EXPECT_EQ(tiny, 0.0);
+      EXPECT_FALSE(source.isEqual(target));
+    }
+    else
+    {
+      EXPECT_EQ(tiny, 1e-7);
+      EXPECT_EQ(read->getAttribute(AttributePath("Third")).getDoubleValue(Chronology::Initial, false),
+                1.0 / 3.0);
+      EXPECT_EQ(read->getAttribute(AttributePath("F")).getFloatValue(Chronology::Initial, false), 0.1f);
+      EXPECT_TRUE(source.isEqual(target));
+    }
+  }
+}
+
+TEST_F(CSVDefinitionFileParserTest, LegacyInitValueColumnIsAccepted)
+{
+  OmbrixTest::writeFile(path,
+                        framed("EntityID,EntityType,EntityName,AttributePath,Type,Access,InitValue,Unit\n"
+                               "2-2,Probe,P,Level,Double,ReadWrite,4.5,m\n"));
+  EntityCollection target;
+  CSVDefinitionFileParser reader(target);
+  EXPECT_TRUE(reader.parseFile(path));
+  const Entity* probe = target.getEntity(EntityID(2, 2));
+  ASSERT_NE(probe, nullptr);
+  EXPECT_EQ(probe->getAccessType(), AccessType::ReadWrite); // no entity row: the default access
+  EXPECT_EQ(probe->getAttribute(AttributePath("Level")).getDoubleValue(Chronology::Initial, false), 4.5);
+  EXPECT_EQ(probe->getAttribute(AttributePath("Level")).getUnit(), "m");
+}
+
+TEST_F(CSVDefinitionFileParserTest, BadRowsNameFileAndRow)
+{
+  struct Case
+  {
+    const char* name;
+    std::string content;
+    std::string message;
+    bool attributeError;
+  };
+  const std::string p = "2-2,Probe,P,";
+  const Case cases[] = {
+      {"no content rows", "", "Missing FileFooter", false},
+      {"unknown column", "EntityID,EntityType,EntityName,Access,AttributePath,Type,Colour\n",
+       ", row 2: Unknown column 'Colour' in the column header", false},
+      {"missing column", "EntityID,EntityType,EntityName,AttributePath,Type\n",
+       ", row 2: Missing column 'Access' in the column header", false},
+      {"short row", header + "2-2,Probe,P\n", ", row 3: Row has 3 fields, the column header has 8", false},
+      {"bad ID", header + "x-2,Probe,P,ReadWrite,,Entity,,\n",
+       ", row 3: Invalid entity ID 'x-2': invalid stoi argument", false},
+      {"empty path", header + p + "ReadWrite,,Double,1,\n", ", row 3: AttributePath is Empty", true},
+      {"name and type do not match", header + p + "ReadWrite,,Entity,,\n2-2,Probe,Q,ReadWrite,,Entity,,\n",
+       ", row 4: Entity name and type do not match ID 2-2", false},
+      {"unknown type", header + p + "ReadWrite,A,Colour,,\n",
+       ", row 3: Invalid entity attribute model (unknown type 'Colour' of 2-2:A)", true},
+      {"unknown access", header + p + "Sometimes,A,Int,1,\n",
+       ", row 3: Invalid entity attribute model (unknown access 'Sometimes' of 2-2:A)", true},
+      {"no composite above", header + p + "ReadWrite,G.A,Int,1,\n",
+       ", row 3: Invalid entity attribute model (no composite above 2-2:G.A)", true},
+      {"defined twice", header + p + "ReadWrite,A,Int,1,\n" + p + "ReadWrite,A,Int,2,\n",
+       ", row 4: Invalid entity attribute model (2-2:A defined twice)", true},
+      {"bad number", header + p + "ReadWrite,A,Double,fast,m\n",
+       ", row 3: Invalid value 'fast' in InitialValue of 2-2:A: invalid stod argument", true},
+      {"bad bool", header + p + "ReadWrite,A,Bool,maybe,\n",
+       ", row 3: Invalid value 'maybe' in InitialValue of 2-2:A: Invalid bool text 'maybe'", true},
+      {"bad link word", header + p + "ReadWrite,L,List,R|Has:3-3,\n", ", row 3: Unsupported link type Has",
+       true},
+      {"link holding two", header + p + "ReadWrite,L,Link,R|Owns:3-3|Owns:4-4,\n",
+       ", row 3: Unsupported link type Link holding 2 entities in 2-2:L", true},
+      {"held entity missing", header + p + "ReadWrite,L,List,R|Owns:3-3,\n",
+       ", row 3: Unable to find entity 3-3 held by 2-2:L", false},
+      {"held twice",
+       header + p + "ReadWrite,L,List,R|Owns:3-3,\n" + p +
+           "ReadWrite,M,List,R|Owns:3-3,\n3-3,Item,I,ReadWrite,,Entity,,\n",
+       ", row 4: Entity 3-3 held by 2-2:M is held twice", false},
+      {"holds itself", header + p + "ReadWrite,L,List,R|Owns:2-2,\n",
+       ", row 3: Entity 2-2 would hold itself through 2-2:L", false},
+      {"shortcut cycle", header + p + "ReadWrite,A,Shortcut,B,\n" + p + "ReadWrite,B,Shortcut,A,\n",
+       ", row 3: Shortcut targets itself (A)", false},
+  };
+  for (const Case& c : cases)
+  {
+    SCOPED_TRACE(c.name);
+    OmbrixTest::writeFile(path, framed(c.content));
+    EntityCollection target;
+    buildModel(target);
+    const std::size_t before = target.size();
+    CSVDefinitionFileParser reader(target);
+    const bool frame = c.message == "Missing FileFooter";
+    const std::string expected = frame ? c.message : path + c.message;
+    if (c.attributeError)
+      EXPECT_THROW_MSG(reader.parseFile(path), Ombrix::AttributeReadError, expected);
+    else
+      EXPECT_THROW_MSG(reader.parseFile(path), std::runtime_error, expected);
+    EXPECT_EQ(target.size(), before); // the collection is untouched by a failed read
+    EXPECT_TRUE(logged(expected));
+
+    // Not fatal: logged, the row passed over, false returned; header errors still throw.
+    EntityCollection lenient;
+    CSVDefinitionFileParser tolerant(lenient);
+    tolerant.setFatalErrors(false);
+    if (frame || c.message.find("in the column header") != std::string::npos)
+      EXPECT_THROW(tolerant.parseFile(path), std::runtime_error);
+    else
+      EXPECT_FALSE(tolerant.parseFile(path));
+  }
+}
+
+TEST_F(CSVDefinitionFileParserTest, NonFatalReadKeepsTheGoodRows)
+{
+  OmbrixTest::writeFile(path,
+                        framed(header + "2-2,Probe,P,ReadWrite,,Entity,,\n2-2,Probe,P,ReadWrite,A,Int,x,\n"
+                                        "2-2,Probe,P,ReadWrite,B,Int,5,\n"));
+  EntityCollection target;
+  CSVDefinitionFileParser reader(target);
+  reader.setFatalErrors(false);
+  EXPECT_FALSE(reader.parseFile(path));
+  const Entity* probe = target.getEntity(EntityID(2, 2));
+  ASSERT_NE(probe, nullptr);
+  EXPECT_EQ(probe->getAttribute(AttributePath("B")).getIntValue(Chronology::Initial, false), 5);
+  // The bad value's attribute exists, with its default value.
+  EXPECT_EQ(probe->getAttribute(AttributePath("A")).getIntValue(Chronology::Initial, false), 0);
+}
+
+TEST_F(CSVDefinitionFileParserTest, FileCutOffBeforeFooterIsAFrameError)
+{
+  EntityCollection source;
+  buildModel(source);
+  CSVDefinitionFileParser writer(source);
+  writer.setChronologies({Chronology::Initial});
+  ASSERT_TRUE(writer.saveAs(path));
+  std::string text = OmbrixTest::readFile(path);
+  OmbrixTest::writeFile(path, text.substr(0, text.size() / 2));
+  EntityCollection target;
+  CSVDefinitionFileParser reader(target);
+  try
+  {
+    reader.parseFile(path);
+    ADD_FAILURE() << "no error";
+  }
+  catch (const std::runtime_error& error)
+  {
+    // Either the cut falls inside a quoted field (the CSV parser's error) or the footer is missing.
+    const std::string what = error.what();
+    EXPECT_TRUE(what == "Missing FileFooter" || what.find(path) != std::string::npos) << what;
+  }
+  OmbrixTest::writeFile(path, text.substr(0, text.find("3-17,Pump,\"P1")));
+  EXPECT_THROW_MSG(reader.parseFile(path), std::runtime_error, "Missing FileFooter");
+}
+
+} // namespace

@@ -1,0 +1,222 @@
+#include "ombrix/csv/CSVFileParserBase.h"
+
+#include "csv/CSVTestModel.h"
+
+namespace
+{
+
+using Ombrix::CSVFileParserBase;
+using Table = CSVFileParserBase::Table;
+
+// A minimal concrete parser: remembers the content rows it was given and writes fixed ones.
+class FrameParser : public CSVFileParserBase
+{
+public:
+  Table content;
+  Table toWrite{{"a", "b"}, {"c,d", "e\nf"}};
+
+  using CSVFileParserBase::convertFullEntityName;
+  using CSVFileParserBase::generateHeaderMap;
+  using CSVFileParserBase::getField;
+  using CSVFileParserBase::getNumberOfFields;
+  using CSVFileParserBase::isEntity;
+  using CSVFileParserBase::reportError;
+  using CSVFileParserBase::reportInvalidAttribute;
+  using CSVFileParserBase::setField;
+
+protected:
+  std::pair<RowIterator, bool> readData(RowIterator first, RowIterator last) override
+  {
+    content.assign(first, last);
+    return {last, true};
+  }
+  void writeData(RowInserter out) const override
+  {
+    for (const auto& row : toWrite)
+      *out++ = row;
+  }
+};
+
+const std::vector<std::string> header{"<<", "START", "CSV", "VER04", ">>"};
+const std::vector<std::string> footer{"<<", "END", "CSV", "VER04", ">>"};
+
+class CSVFileParserBaseTest : public CSVTest::LoggedTest
+{
+};
+
+TEST_F(CSVFileParserBaseTest, FrameErrorsAreLoggedAndThrown)
+{
+  struct Case
+  {
+    const char* name;
+    Table rows;
+    const char* message;
+  };
+  const Case cases[] = {
+      {"empty table", {}, "Missing FileHeader"},
+      {"no header", {{"x"}, footer}, "Missing FileHeader"},
+      {"header only", {header}, "Missing FileHeader"},
+      {"last field not >>", {{"<<", "START", "CSV", "VER04", "x"}, {"r"}, footer}, "Missing FileHeader"},
+      {"VERx is no version", {{"<<", "START", "CSV", "VERx", ">>"}, {"r"}, footer}, "Missing FileHeader"},
+      {"wrong version",
+       {{"<<", "START", "CSV", "VER03", ">>"}, {"r"}, {"<<", "END", "CSV", "VER03", ">>"}},
+       "Unsupported file version."},
+      {"no footer", {header, {"r"}}, "Missing FileFooter"},
+      {"footer right after header", {header, footer}, "Missing FileFooter"},
+      {"cut off before the footer", {header, {"r1"}, {"r2"}}, "Missing FileFooter"},
+      {"footer of another version",
+       {header, {"r"}, {"<<", "END", "CSV", "VER4", ">>"}},
+       "Missing FileFooter"},
+  };
+  for (const Case& c : cases)
+  {
+    SCOPED_TRACE(c.name);
+    FrameParser parser;
+    EXPECT_THROW_MSG(parser.parseData(c.rows), std::runtime_error, c.message);
+    EXPECT_TRUE(logged(std::string("Error\tCSV File : \t ") + c.message));
+  }
+}
+
+TEST_F(CSVFileParserBaseTest, AcceptedFrames)
+{
+  struct Case
+  {
+    const char* name;
+    Table rows;
+    Table content;
+    std::string token;
+  };
+  const Case cases[] = {
+      {"text before header ignored", {{"junk"}, {"more", "junk"}, header, {"r"}, footer}, {{"r"}}, ""},
+      {"VER4 unpadded", {{"<<", "START", "CSV", "VER4", ">>"}, {"r"}, footer}, {{"r"}}, ""},
+      {"VER04x", {{"<<", "START", "CSV", "VER04x", ">>"}, {"r"}, footer}, {{"r"}}, ""},
+      {"rows after footer ignored, last footer counts",
+       {header, {"r"}, footer, {"s"}, footer, {"t"}},
+       {{"r"}, footer, {"s"}},
+       ""},
+      {"six-field header", {{"<<", "START", "CSV", "VER04", "MODE", ">>"}, {"r"}, footer}, {{"r"}}, "MODE"},
+  };
+  for (const Case& c : cases)
+  {
+    SCOPED_TRACE(c.name);
+    FrameParser parser;
+    parser.additionalHeaderTokens() = "stale";
+    EXPECT_TRUE(parser.parseData(c.rows));
+    EXPECT_EQ(parser.content, c.content);
+    EXPECT_EQ(parser.additionalHeaderTokens(), c.token);
+    EXPECT_EQ(parser.getFileVersion(), 4u);
+  }
+}
+
+TEST_F(CSVFileParserBaseTest, WritesFrameAroundContent)
+{
+  FrameParser parser;
+  EXPECT_EQ(parser.generateData(), (Table{header, {"a", "b"}, {"c,d", "e\nf"}, footer}));
+  parser.additionalHeaderTokens() = "MODE";
+  const Table withToken = parser.generateData();
+  EXPECT_EQ(withToken.front(), (std::vector<std::string>{"<<", "START", "CSV", "VER04", "MODE", ">>"}));
+  EXPECT_EQ(withToken.back(), footer);
+}
+
+TEST_F(CSVFileParserBaseTest, SaveAndParseFileRoundTrip)
+{
+  FrameParser writer;
+  const std::string path = dir.file("frame.csv");
+  ASSERT_TRUE(writer.saveAs(path));
+  EXPECT_EQ(OmbrixTest::readFile(path),
+            "<<,START,CSV,VER04,>>\na,b\n\"c,d\",\"e\nf\"\n<<,END,CSV,VER04,>>\n");
+  FrameParser reader;
+  EXPECT_TRUE(reader.parseFile(path));
+  EXPECT_EQ(reader.content, writer.toWrite);
+  EXPECT_EQ(reader.getFileName(), path);
+  EXPECT_TRUE(logged("Informational\tCSV File : " + path + "\t Reading " + path));
+  EXPECT_TRUE(logged("Informational\tCSV File : \t Saving " + path));
+  EXPECT_FALSE(reader.isLegacy());
+}
+
+TEST_F(CSVFileParserBaseTest, MissingFileIsAWarningNotAnError)
+{
+  FrameParser parser;
+  const std::string path = dir.file("absent.csv");
+  EXPECT_FALSE(parser.parseFile(path));
+  EXPECT_TRUE(logged("Warning\tCSV File : " + path + "\t File does not exist : " + path));
+}
+
+TEST_F(CSVFileParserBaseTest, UnterminatedQuoteIsTheCSVParsersError)
+{
+  FrameParser parser;
+  const std::string path = dir.file("bad.csv");
+  OmbrixTest::writeFile(path, "<<,START,CSV,VER04,>>\n\"open\n<<,END,CSV,VER04,>>\n");
+  EXPECT_THROW(
+      {
+        try
+        {
+          parser.parseFile(path);
+        }
+        catch (const std::runtime_error& error)
+        {
+          EXPECT_NE(std::string(error.what()).find(path), std::string::npos) << error.what();
+          throw;
+        }
+      },
+      std::runtime_error);
+}
+
+TEST_F(CSVFileParserBaseTest, ColumnMap)
+{
+  FrameParser parser;
+  parser.generateHeaderMap({"A", "B", "A"});
+  EXPECT_EQ(parser.getNumberOfFields(), 2u);
+  std::vector<std::string> row{"0", "1", "2"};
+  EXPECT_EQ(parser.getField("A", row), "2"); // a repeated name keeps its last index
+  EXPECT_EQ(parser.getField("B", row), "1");
+  EXPECT_EQ(parser.getField("C", row), "");
+  std::vector<std::string> shortRow{"0"};
+  EXPECT_EQ(parser.getField("B", shortRow), "");
+  parser.setField("C", "x", row);
+  parser.setField("B", "x", shortRow);
+  EXPECT_EQ(row, (std::vector<std::string>{"0", "1", "2"}));
+  EXPECT_EQ(shortRow, (std::vector<std::string>{"0"}));
+  parser.setField("B", "x", row);
+  EXPECT_EQ(row[1], "x");
+}
+
+TEST_F(CSVFileParserBaseTest, EntityMatching)
+{
+  using namespace CSVTest;
+  EntityCollection collection;
+  buildModel(collection);
+  Entity* server = collection.getEntity(EntityID(4, 17));
+  FrameParser parser;
+  EXPECT_TRUE(parser.isEntity(server, EntityID(4, 17)));
+  EXPECT_FALSE(parser.isEntity(nullptr, EntityID(4, 17)));
+  EXPECT_TRUE(parser.isEntity(server, "Server", "S4"));
+  EXPECT_TRUE(parser.isEntity(server, "Server", "P1, \"main\"->S4"));
+  EXPECT_FALSE(parser.isEntity(server, "server", "S4"));
+  EXPECT_FALSE(parser.isEntity(server, "Server", "S5"));
+  EXPECT_TRUE(parser.isEntity(server, EntityID(4, 17), "Server", "S4"));
+  EXPECT_FALSE(parser.isEntity(server, EntityID(5, 17), "Server", "S4"));
+}
+
+TEST_F(CSVFileParserBaseTest, ConvertFullEntityName)
+{
+  FrameParser parser;
+  EXPECT_EQ(parser.convertFullEntityName("A->B->C"), "A->B->C");
+  parser.setUseFullEntityNames(true);
+  EXPECT_EQ(parser.convertFullEntityName("A->B->C"), "C");
+  EXPECT_EQ(parser.convertFullEntityName("C"), "C");
+}
+
+TEST_F(CSVFileParserBaseTest, ReportsLogAndThrowWhenFatal)
+{
+  FrameParser parser;
+  parser.reportError("first problem", false);
+  parser.reportInvalidAttribute("second problem", false);
+  EXPECT_TRUE(logged("Error\tCSV File : \t first problem"));
+  EXPECT_TRUE(logged("Error\tCSV File : \t second problem"));
+  EXPECT_THROW_MSG(parser.reportError("third %s", true), std::runtime_error, "third %s");
+  EXPECT_THROW_MSG(parser.reportInvalidAttribute("fourth", true), Ombrix::AttributeReadError, "fourth");
+  EXPECT_TRUE(logged("Error\tCSV File : \t third %s"));
+}
+
+} // namespace

@@ -1,0 +1,156 @@
+// Shared by the CSV tests: a model with every attribute kind (values of the five types, simple and
+// chronological storage, units, every access type, composites, shortcuts, a link, a list and an array)
+// plus a solution-control entity, and a fixture that logs to a scratch file.
+#pragma once
+
+#include "ombrix/log/LogManager.h"
+#include "ombrix/model/ArrayAttribute.h"
+#include "ombrix/model/EntityCollection.h"
+#include "ombrix/model/LinkAttribute.h"
+#include "ombrix/model/ListAttribute.h"
+#include "ombrix/model/ShortcutAttribute.h"
+#include "ombrix/model/ValueAttribute.h"
+
+#include "support/TestSupport.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace CSVTest
+{
+
+using namespace Ombrix::Model;
+using KorvanSDK::AccessType;
+using KorvanSDK::AttributeType;
+using KorvanSDK::Chronology;
+
+template <typename T>
+T& add(CompositeAttribute& parent, AttributeType kind, const std::string& name, AccessType access)
+{
+  Attribute* created = parent.createAttribute(kind, name, access);
+  EXPECT_NE(created, nullptr) << name;
+  return static_cast<T&>(*created);
+}
+
+inline DoubleAttribute& addDouble(CompositeAttribute& parent, const std::string& name, AccessType access,
+                                  double value, const std::string& unit = "")
+{
+  auto& attribute = add<DoubleAttribute>(parent, AttributeType::Double, name, access);
+  attribute.set(value, Chronology::Initial);
+  attribute.setUnit(unit);
+  return attribute;
+}
+
+inline std::unique_ptr<Entity> makeEntity(const std::string& type, const std::string& name, EntityID id)
+{
+  auto entity = std::make_unique<Entity>(type, name, AccessType::ReadWrite, nullptr);
+  entity->setUniqueID(id);
+  return entity;
+}
+
+inline std::unique_ptr<Entity> makeSolutionControl(int iteration, bool transient, double time,
+                                                   double timeStep)
+{
+  auto entity = makeEntity("Solution Control", "Solution Control", EntityID(1, 1));
+  auto& results = add<CompositeAttribute>(*entity, AttributeType::Composite, "Results", AccessType::ReadOnly);
+  add<IntAttribute>(results, AttributeType::Int, "Iteration", AccessType::ReadOnly)
+      .set(iteration, Chronology::Initial);
+  addDouble(results, "Time", AccessType::ReadOnly, time, "s");
+  add<BoolAttribute>(results, AttributeType::Bool, "IsConverged", AccessType::ReadOnly)
+      .set(false, Chronology::Initial);
+  auto& transientGroup =
+      add<CompositeAttribute>(*entity, AttributeType::Composite, "Transient", AccessType::ReadOnly);
+  add<BoolAttribute>(transientGroup, AttributeType::Bool, "Time Varying", AccessType::ReadOnly)
+      .set(transient, Chronology::Initial);
+  auto& definition =
+      add<CompositeAttribute>(transientGroup, AttributeType::Composite, "Definition", AccessType::ReadOnly);
+  addDouble(definition, "Time Step", AccessType::ReadWrite, timeStep, "s");
+  auto& control =
+      add<CompositeAttribute>(*entity, AttributeType::Composite, "Ombrix Control", AccessType::ReadWrite);
+  add<BoolAttribute>(control, AttributeType::Bool, "Stop On Convergence", AccessType::ReadWrite)
+      .set(true, Chronology::Initial);
+  return entity;
+}
+
+// Solution control, then a pump holding servers (list), a backup (link) and slots (array).
+inline void buildModel(EntityCollection& collection)
+{
+  collection.addRootEntity(makeSolutionControl(12, true, 0.5, 0.25));
+  auto pump = makeEntity("Pump", "P1, \"main\"", EntityID(3, 17));
+  auto& speed = addDouble(*pump, "Speed", AccessType::ReadWrite, 1.5, "rpm");
+  speed.set(2.25, Chronology::Current); // chronological storage
+  add<IntAttribute>(*pump, AttributeType::Int, "Count", AccessType::WriteOnly).set(-7, Chronology::Initial);
+  add<BoolAttribute>(*pump, AttributeType::Bool, "On", AccessType::ReadWrite).set(true, Chronology::Initial);
+  add<StringAttribute>(*pump, AttributeType::String, "Label", AccessType::ReadWrite)
+      .set("line1\nline2, \"quoted\"", Chronology::Initial);
+  auto& ratio = add<FloatAttribute>(*pump, AttributeType::Float, "Ratio", AccessType::ReadWrite);
+  ratio.set(0.125f, Chronology::Initial);
+  ratio.setUnit("-");
+  add<StringAttribute>(*pump, AttributeType::String, "Name", AccessType::ReadOnly)
+      .set("P1", Chronology::Initial);
+  auto& geometry =
+      add<CompositeAttribute>(*pump, AttributeType::Composite, "Geometry", AccessType::ReadWrite);
+  addDouble(geometry, "Diameter", AccessType::ReadWrite, 0.3, "m");
+  addDouble(geometry, "Length", AccessType::ReadOnly, 2.0, "m");
+  addDouble(geometry, "Height", AccessType::None, 1.0, "m");
+  auto& targets =
+      add<ShortcutAttribute>(*pump, AttributeType::Shortcut, "Both Diameters", AccessType::ReadWrite);
+  targets.addShortcut(AttributePath("Geometry.Diameter"));
+  addDouble(*pump, "Inlet Diameter", AccessType::ReadWrite, 0.3, "m");
+  targets.addShortcut(AttributePath("Inlet Diameter"));
+
+  auto& servers = add<ListAttribute>(*pump, AttributeType::List, "Servers", AccessType::ReadWrite);
+  servers.setRelationShipType("R");
+  servers.setOwnsEntities(true);
+  for (int i : {4, 5})
+  {
+    auto server = makeEntity("Server", "S" + std::to_string(i), EntityID(i, 17));
+    addDouble(*server, "Load", AccessType::ReadWrite, i * 1.25, "W");
+    servers.addEntity(std::move(server));
+  }
+  auto& backup = add<LinkAttribute>(*pump, AttributeType::Link, "Backup", AccessType::ReadOnly);
+  backup.setRelationShipType("Spare");
+  backup.setOwnsEntities(true);
+  backup.addEntity(makeEntity("Server", "B", EntityID(6, 17))); // no attributes at all
+  auto& slots = add<ArrayAttribute>(*pump, AttributeType::Array, "Slots", AccessType::ReadWrite);
+  slots.setRelationShipType("Slot");
+  auto slot = makeEntity("Slot", "A1", EntityID(7, 17));
+  slot->setAccessType(AccessType::ReadOnly);
+  add<IntAttribute>(*slot, AttributeType::Int, "Value", AccessType::ReadOnly).set(9, Chronology::Initial);
+  slots.addEntity(std::move(slot));
+  collection.addRootEntity(std::move(pump));
+}
+
+// Each test gets its own log file at level Informational; the log is switched off afterwards.
+class LoggedTest : public ::testing::Test
+{
+protected:
+  void SetUp() override
+  {
+    Ombrix::LogManager::instance().initialize(logPath, Ombrix::LogLevel::Informational);
+  }
+  void TearDown() override
+  {
+    Ombrix::LogManager::instance().terminate();
+    Ombrix::LogManager::instance().initialize("", Ombrix::LogLevel::Error);
+  }
+
+  // Whether a log line ends with `text`.
+  bool logged(const std::string& text) const
+  {
+    std::istringstream stream(OmbrixTest::readFile(logPath));
+    for (std::string line; std::getline(stream, line);)
+    {
+      if (line.size() >= text.size() && line.compare(line.size() - text.size(), text.size(), text) == 0)
+        return true;
+    }
+    return false;
+  }
+
+  OmbrixTest::TempDir dir;
+  std::string logPath = dir.file("csv.log");
+};
+
+} // namespace CSVTest
