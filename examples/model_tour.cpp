@@ -21,8 +21,8 @@ namespace
 {
 
 // Creates (or finds) the composite chain of `path` below `entity` and a value attribute at its end.
-Attribute& addValue(CompositeAttribute& entity, const AttributePath& path, AttributeType kind, AccessType access,
-                    const std::string& unit = "")
+Attribute& addValue(CompositeAttribute& entity, const AttributePath& path, AttributeType kind,
+                    AccessType access, const std::string& unit = "")
 {
   CompositeAttribute* parent = &entity;
   for (std::size_t i = 0; i + 1 < path.size(); ++i)
@@ -63,7 +63,8 @@ std::unique_ptr<Entity> makeRack()
   auto rack = std::make_unique<Entity>("Rack", "Rack 1");
   rack->setUniqueID(EntityID(2, 1));
   addValue(*rack, "Inlet.Temperature", AttributeType::Double, AccessType::ReadOnly, "K");
-  auto* servers = static_cast<ListAttribute*>(rack->createAttribute(AttributeType::List, "Servers", AccessType::ReadOnly));
+  auto* servers = static_cast<ListAttribute*>(
+      rack->createAttribute(AttributeType::List, "Servers", AccessType::ReadOnly));
   servers->setOwnsEntities(true);
   servers->setRelationShipType("Contains");
   for (int i = 1; i <= 2; ++i)
@@ -75,7 +76,8 @@ std::unique_ptr<Entity> makeRack()
     servers->addEntity(std::move(server));
   }
   // One value that stands for both servers' fan speeds.
-  auto* fans = static_cast<ShortcutAttribute*>(rack->createAttribute(AttributeType::Shortcut, "All Fans", AccessType::ReadWrite));
+  auto* fans = static_cast<ShortcutAttribute*>(
+      rack->createAttribute(AttributeType::Shortcut, "All Fans", AccessType::ReadWrite));
   fans->addShortcut(AttributePath("Servers.0.Fan Speed"));
   fans->addShortcut(AttributePath("Servers.1.Fan Speed"));
   return rack;
@@ -89,7 +91,8 @@ std::string valuesText(const Attribute& attribute)
     const auto chronology = static_cast<Chronology>(c);
     if (!attribute.hasValue(chronology, false))
       continue;
-    text += " " + KorvanSDK::chronologyToString(chronology) + "=" + attribute.getStringValue(chronology, false);
+    text +=
+        " " + KorvanSDK::chronologyToString(chronology) + "=" + attribute.getStringValue(chronology, false);
   }
   return text;
 }
@@ -97,8 +100,9 @@ std::string valuesText(const Attribute& attribute)
 void print(const Attribute& attribute, int depth)
 {
   const std::string indent(static_cast<std::size_t>(depth) * 2, ' ');
-  std::cout << indent << attribute.type() << " <" << KorvanSDK::attributeTypeToString(attribute.getAttributeType())
-            << ", " << KorvanSDK::accessTypeToString(attribute.getAccessType());
+  std::cout << indent << attribute.type() << " <"
+            << KorvanSDK::attributeTypeToString(attribute.getAttributeType()) << ", "
+            << KorvanSDK::accessTypeToString(attribute.getAccessType());
   if (attribute.hasUnits())
     std::cout << ", " << attribute.getUnit();
   std::cout << ">";
@@ -155,7 +159,9 @@ int main()
   // A user's writes: checked against access and unit, and recorded in the log.
   Entity& rack = *collection.getEntity("Rack", "Rack 1");
   rack.getAttribute("All Fans").setDoubleValue(1200.0, Chronology::Current, true);
-  collection.getEntity("Server", "Rack 1->Server 2")->getAttribute("Fan Speed").setDoubleValue(1500.0, "rpm", Chronology::Next, true);
+  collection.getEntity("Server", "Rack 1->Server 2")
+      ->getAttribute("Fan Speed")
+      .setDoubleValue(1500.0, "rpm", Chronology::Next, true);
   try
   {
     rack.getAttribute("Inlet.Temperature").setDoubleValue(300.0, Chronology::Current, true);
@@ -174,8 +180,8 @@ int main()
   }
 
   std::cout << "\nCollection: " << collection.size() << " entities, " << collection.getNumberOfRootEntities()
-            << " roots; iteration " << control.getIteration() << ", time " << control.getTime() << " s, time step "
-            << control.getTimeStep(Chronology::Current) << " s\n\n";
+            << " roots; iteration " << control.getIteration() << ", time " << control.getTime()
+            << " s, time step " << control.getTimeStep(Chronology::Current) << " s\n\n";
   for (const auto& root : collection.getRootEntitites())
     print(*root, 0);
 

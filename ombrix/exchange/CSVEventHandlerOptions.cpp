@@ -8,15 +8,13 @@ namespace Ombrix
 namespace
 {
 
-template <typename E>
-void writeInt(FileSystem::DataOStream& out, const char* key, E value)
+template <typename E> void writeInt(FileSystem::DataOStream& out, const char* key, E value)
 {
   out.key(key);
   out << static_cast<std::int32_t>(value);
 }
 
-template <typename E>
-void readInt(FileSystem::DataIStream& in, const char* key, E& value)
+template <typename E> void readInt(FileSystem::DataIStream& in, const char* key, E& value)
 {
   std::int32_t raw = 0;
   in.key(key);
@@ -31,7 +29,8 @@ bool operator==(const CSVEventHandlerOptions& a, const CSVEventHandlerOptions& b
 {
   return a.ombrixDirectory == b.ombrixDirectory && a.inFileTryAttempts == b.inFileTryAttempts &&
          a.fileMode == b.fileMode && a.syncMode == b.syncMode && a.stateFileMode == b.stateFileMode &&
-         a.readFailureHandling == b.readFailureHandling && a.solverHeartBeatInterval == b.solverHeartBeatInterval &&
+         a.readFailureHandling == b.readFailureHandling &&
+         a.solverHeartBeatInterval == b.solverHeartBeatInterval &&
          a.clientHeartBeatGracePeriod == b.clientHeartBeatGracePeriod &&
          a.syncStartIteration == b.syncStartIteration && a.syncIterationInterval == b.syncIterationInterval;
 }

@@ -39,7 +39,8 @@ OMBRIX_API bool operator==(const CSVEventHandlerOptions& a, const CSVEventHandle
 OMBRIX_API bool operator!=(const CSVEventHandlerOptions& a, const CSVEventHandlerOptions& b);
 
 // Every field, under its key ("OmbrixDirectory", "InFileTryAttempts", ...), in declaration order.
-OMBRIX_API FileSystem::DataOStream& operator<<(FileSystem::DataOStream& out, const CSVEventHandlerOptions& options);
+OMBRIX_API FileSystem::DataOStream& operator<<(FileSystem::DataOStream& out,
+                                               const CSVEventHandlerOptions& options);
 // Reads every key unconditionally; a missing key or malformed value fails the stream.
 OMBRIX_API FileSystem::DataIStream& operator>>(FileSystem::DataIStream& in, CSVEventHandlerOptions& options);
 

@@ -38,7 +38,8 @@ OMBRIX_API SyncMode syncModeFromString(const std::string& text, SyncMode fallbac
 OMBRIX_API std::string stateFileModeToString(StateFileMode mode);
 OMBRIX_API StateFileMode stateFileModeFromString(const std::string& text, StateFileMode fallback);
 OMBRIX_API std::string readFailureHandlingToString(ReadFailureHandling handling);
-OMBRIX_API ReadFailureHandling readFailureHandlingFromString(const std::string& text, ReadFailureHandling fallback);
+OMBRIX_API ReadFailureHandling readFailureHandlingFromString(const std::string& text,
+                                                             ReadFailureHandling fallback);
 
 // Whether the CSV readers treat a bad row as fatal (throw, apply nothing) under this handling.
 inline bool isFatal(ReadFailureHandling handling)

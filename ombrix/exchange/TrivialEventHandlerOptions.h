@@ -14,10 +14,14 @@ namespace Ombrix
 
 struct OMBRIX_API TrivialEventHandlerOptions
 {
-  friend bool operator==(const TrivialEventHandlerOptions&, const TrivialEventHandlerOptions&) { return true; }
+  friend bool operator==(const TrivialEventHandlerOptions&, const TrivialEventHandlerOptions&)
+  {
+    return true;
+  }
 };
 
-OMBRIX_API FileSystem::DataOStream& operator<<(FileSystem::DataOStream& out, const TrivialEventHandlerOptions&);
+OMBRIX_API FileSystem::DataOStream& operator<<(FileSystem::DataOStream& out,
+                                               const TrivialEventHandlerOptions&);
 OMBRIX_API FileSystem::DataIStream& operator>>(FileSystem::DataIStream& in, TrivialEventHandlerOptions&);
 
 } // namespace Ombrix

@@ -58,7 +58,10 @@ public:
   void setAccessType(KorvanSDK::AccessType access) { m_access = access; }
 
   // `resolve` is passed on: a shortcut reports its targets' common type when it is true.
-  KorvanSDK::AttributeType getAttributeType(bool resolve = false) const { return do_GetAttributeType(resolve); }
+  KorvanSDK::AttributeType getAttributeType(bool resolve = false) const
+  {
+    return do_GetAttributeType(resolve);
+  }
   bool isComposite() const;
   bool isEntity() const { return getAttributeType(false) == KorvanSDK::AttributeType::Entity; }
   bool isLink() const { return getAttributeType(false) == KorvanSDK::AttributeType::Link; }
@@ -70,8 +73,14 @@ public:
   // (AccessException "User has no write access") and recorded in the log. A non-empty `unit` must equal
   // the attribute's unit (std::runtime_error "Invalid Unit"); the forms without unit pass the own unit.
   // A failed write leaves the value unchanged.
-  void setIntValue(int value, Chronology chronology, bool user) { setIntValue(value, getUnit(), chronology, user); }
-  void setBoolValue(bool value, Chronology chronology, bool user) { setBoolValue(value, getUnit(), chronology, user); }
+  void setIntValue(int value, Chronology chronology, bool user)
+  {
+    setIntValue(value, getUnit(), chronology, user);
+  }
+  void setBoolValue(bool value, Chronology chronology, bool user)
+  {
+    setBoolValue(value, getUnit(), chronology, user);
+  }
   void setFloatValue(float value, Chronology chronology, bool user)
   {
     setFloatValue(value, getUnit(), chronology, user);
@@ -142,8 +151,14 @@ public:
   int getIntValue(Chronology chronology, bool user) const { return do_getIntValue(chronology, user); }
   bool getBoolValue(Chronology chronology, bool user) const { return do_getBoolValue(chronology, user); }
   float getFloatValue(Chronology chronology, bool user) const { return do_getFloatValue(chronology, user); }
-  double getDoubleValue(Chronology chronology, bool user) const { return do_getDoubleValue(chronology, user); }
-  std::string getStringValue(Chronology chronology, bool user) const { return do_getStringValue(chronology, user); }
+  double getDoubleValue(Chronology chronology, bool user) const
+  {
+    return do_getDoubleValue(chronology, user);
+  }
+  std::string getStringValue(Chronology chronology, bool user) const
+  {
+    return do_getStringValue(chronology, user);
+  }
 
   // Conversions read the Current value without access check.
   explicit operator int() const { return getIntValue(Chronology::Current, false); }

@@ -10,16 +10,12 @@
 namespace Ombrix::Model
 {
 
-template <typename T>
-class AttributeContainer
+template <typename T> class AttributeContainer
 {
 public:
   AttributeContainer() = default;
   AttributeContainer(std::unique_ptr<T> object) : m_object(std::move(object)) {}
-  template <typename U>
-  AttributeContainer(std::unique_ptr<U> object) : m_object(std::move(object))
-  {
-  }
+  template <typename U> AttributeContainer(std::unique_ptr<U> object) : m_object(std::move(object)) {}
   AttributeContainer(AttributeContainer&&) noexcept = default;
   AttributeContainer& operator=(AttributeContainer&&) noexcept = default;
   AttributeContainer& operator=(std::unique_ptr<T> object)

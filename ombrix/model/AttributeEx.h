@@ -11,8 +11,7 @@
 namespace Ombrix::Model
 {
 
-template <class Derived, int TypeNumber, class Impl, class Base>
-class AttributeEx : public Base
+template <class Derived, int TypeNumber, class Impl, class Base> class AttributeEx : public Base
 {
 public:
   static constexpr KorvanSDK::AttributeType attributeType = static_cast<KorvanSDK::AttributeType>(TypeNumber);
@@ -32,7 +31,10 @@ protected:
       return false;
     return static_cast<const Derived&>(*this).isEqual(static_cast<const Derived&>(other));
   }
-  void do_write(FileSystem::DataOStream& out) const override { static_cast<const Derived&>(*this).toStream(out); }
+  void do_write(FileSystem::DataOStream& out) const override
+  {
+    static_cast<const Derived&>(*this).toStream(out);
+  }
   void do_read(FileSystem::DataIStream& in) override { static_cast<Derived&>(*this).fromStream(in); }
   void do_accept(AttributeVisitorConstAbstract& visitor) const override
   {

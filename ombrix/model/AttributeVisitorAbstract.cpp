@@ -12,8 +12,7 @@ namespace
 
 // Lists and arrays hand their owned entities to the walk, in order; entities they merely refer to
 // are not part of this tree.
-template <typename Sequence, typename Visitor>
-void visitOwnedEntities(Sequence& sequence, Visitor& visitor)
+template <typename Sequence, typename Visitor> void visitOwnedEntities(Sequence& sequence, Visitor& visitor)
 {
   if (!sequence.getOwnsEntities())
     return;

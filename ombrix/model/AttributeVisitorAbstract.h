@@ -16,8 +16,7 @@ class ArrayAttribute;
 class ListAttribute;
 class LinkAttribute;
 class ShortcutAttribute;
-template <typename T>
-class ValueAttribute;
+template <typename T> class ValueAttribute;
 
 class OMBRIX_API AttributeVisitorAbstract
 {

@@ -21,7 +21,10 @@ public:
 
   ChronologicalValue() = default;
   // Holds `initial` at chronology Initial.
-  explicit ChronologicalValue(T initial) { m_values.emplace(KorvanSDK::Chronology::Initial, std::move(initial)); }
+  explicit ChronologicalValue(T initial)
+  {
+    m_values.emplace(KorvanSDK::Chronology::Initial, std::move(initial));
+  }
 
   const T& get(KorvanSDK::Chronology chronology) const override
   {
@@ -52,9 +55,9 @@ public:
   bool isEqual(const ChronologicalValue& other) const
   {
     return m_values.size() == other.m_values.size() &&
-           std::equal(m_values.begin(), m_values.end(), other.m_values.begin(), [](const auto& a, const auto& b) {
-             return a.first == b.first && sameStoredValue(a.second, b.second);
-           });
+           std::equal(m_values.begin(), m_values.end(), other.m_values.begin(),
+                      [](const auto& a, const auto& b)
+                      { return a.first == b.first && sameStoredValue(a.second, b.second); });
   }
 
 private:

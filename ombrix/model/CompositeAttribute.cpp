@@ -112,8 +112,8 @@ void CompositeAttribute::throwInvalidPath(const AttributePath& path) const
   full.push_back(path);
   if (const Entity* entity = owningEntity(*this))
   {
-    throw std::runtime_error("Invalid path [" + toString(entity->getUniqueID()) + "] of type " + entity->type() +
-                             " : " + full.toString());
+    throw std::runtime_error("Invalid path [" + toString(entity->getUniqueID()) + "] of type " +
+                             entity->type() + " : " + full.toString());
   }
   throw std::runtime_error("Invalid path " + full.toString());
 }

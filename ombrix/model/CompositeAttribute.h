@@ -25,7 +25,8 @@ public:
 
   // Makes a child of the given kind named `type`; null (tree unchanged) when the name is taken.
   // Throws std::logic_error("Invalid type") for a kind outside 1..11.
-  Attribute* createAttribute(KorvanSDK::AttributeType kind, const std::string& type, KorvanSDK::AccessType access);
+  Attribute* createAttribute(KorvanSDK::AttributeType kind, const std::string& type,
+                             KorvanSDK::AccessType access);
   // Adopts `child`; null (and `child` destroyed) when a child of that name exists.
   Attribute* addAttribute(std::unique_ptr<Attribute> child);
 
@@ -69,8 +70,7 @@ public:
   bool isEqual(const CompositeAttribute& other) const;
 
 private:
-  template <bool Throw>
-  const Attribute* lookup(const AttributePath& path, bool flag) const;
+  template <bool Throw> const Attribute* lookup(const AttributePath& path, bool flag) const;
   [[noreturn]] void throwInvalidPath(const AttributePath& path) const;
   const Attribute* childAtRecursive(std::uint64_t index, bool flag) const;
 
@@ -79,7 +79,8 @@ private:
 
 // A new default attribute of the class for `kind` (1..11) with `parent` set; std::logic_error
 // "Invalid type" otherwise. The text form converts with attributeTypeFromString first.
-OMBRIX_API std::unique_ptr<Attribute> createAttribute(KorvanSDK::AttributeType kind, CompositeAttribute* parent);
+OMBRIX_API std::unique_ptr<Attribute> createAttribute(KorvanSDK::AttributeType kind,
+                                                      CompositeAttribute* parent);
 OMBRIX_API std::unique_ptr<Attribute> createAttribute(const std::string& kind, CompositeAttribute* parent);
 
 } // namespace Ombrix::Model

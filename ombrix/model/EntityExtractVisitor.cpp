@@ -2,7 +2,6 @@
 
 #include "ombrix/model/Entity.h"
 
-
 namespace Ombrix::Model
 {
 

@@ -14,7 +14,9 @@ namespace
 
 struct IdGenerator
 {
-  IdGenerator() : engine(std::random_device{}()), distribution(0, 2147483647), counter(distribution(engine)) {}
+  IdGenerator() : engine(std::random_device{}()), distribution(0, 2147483647), counter(distribution(engine))
+  {
+  }
   std::mt19937 engine;
   std::uniform_int_distribution<int> distribution;
   int counter;

@@ -40,8 +40,14 @@ public:
   constexpr int first() const { return m_id[0]; }
   constexpr int second() const { return m_id[1]; }
 
-  constexpr operator KorvanSDK::Model::EntityID() const { return KorvanSDK::Model::EntityID(m_id[0], m_id[1]); }
-  constexpr KorvanSDK_Model_EntityID toCEntityID() const { return KorvanSDK_Model_EntityID{{m_id[0], m_id[1]}}; }
+  constexpr operator KorvanSDK::Model::EntityID() const
+  {
+    return KorvanSDK::Model::EntityID(m_id[0], m_id[1]);
+  }
+  constexpr KorvanSDK_Model_EntityID toCEntityID() const
+  {
+    return KorvanSDK_Model_EntityID{{m_id[0], m_id[1]}};
+  }
 
   // Both elements compared as one 64-bit quantity.
   constexpr std::uint64_t key() const
@@ -67,8 +73,7 @@ OMBRIX_API std::string toString(const EntityID& id);
 
 } // namespace Ombrix::Model
 
-template <>
-struct std::hash<Ombrix::Model::EntityID>
+template <> struct std::hash<Ombrix::Model::EntityID>
 {
   std::size_t operator()(const Ombrix::Model::EntityID& id) const noexcept
   {

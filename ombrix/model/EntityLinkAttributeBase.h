@@ -15,8 +15,8 @@ public:
   explicit EntityLinkAttributeBase(CompositeAttribute* parent);
   EntityLinkAttributeBase(const std::string& type, KorvanSDK::AccessType access, CompositeAttribute* parent);
   EntityLinkAttributeBase(const std::string& type, bool ownsEntities, CompositeAttribute* parent);
-  EntityLinkAttributeBase(const std::string& type, const std::string& relationshipType, KorvanSDK::AccessType access,
-                          bool ownsEntities, CompositeAttribute* parent);
+  EntityLinkAttributeBase(const std::string& type, const std::string& relationshipType,
+                          KorvanSDK::AccessType access, bool ownsEntities, CompositeAttribute* parent);
 
   bool getOwnsEntities() const override { return m_ownsEntities; }
   void setOwnsEntities(bool owns) { m_ownsEntities = owns; }

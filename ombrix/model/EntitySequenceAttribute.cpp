@@ -17,7 +17,8 @@ EntitySequenceAttribute<D, N, I>::EntitySequenceAttribute(CompositeAttribute* pa
 }
 
 template <class D, int N, class I>
-EntitySequenceAttribute<D, N, I>::EntitySequenceAttribute(const std::string& type, KorvanSDK::AccessType access,
+EntitySequenceAttribute<D, N, I>::EntitySequenceAttribute(const std::string& type,
+                                                          KorvanSDK::AccessType access,
                                                           CompositeAttribute* parent)
     : Base(type, access, parent)
 {
@@ -39,8 +40,7 @@ EntitySequenceAttribute<D, N, I>::EntitySequenceAttribute(const std::string& typ
 {
 }
 
-template <class D, int N, class I>
-EntitySequenceAttribute<D, N, I>::~EntitySequenceAttribute() = default;
+template <class D, int N, class I> EntitySequenceAttribute<D, N, I>::~EntitySequenceAttribute() = default;
 
 template <class D, int N, class I>
 Entity* EntitySequenceAttribute<D, N, I>::addEntity(std::unique_ptr<Entity> entity)
@@ -106,8 +106,7 @@ bool EntitySequenceAttribute<D, N, I>::hasEntity(std::size_t index, bool) const
   return index < m_entities.size();
 }
 
-template <class D, int N, class I>
-std::vector<EntityID> EntitySequenceAttribute<D, N, I>::getEntityIDs()
+template <class D, int N, class I> std::vector<EntityID> EntitySequenceAttribute<D, N, I>::getEntityIDs()
 {
   std::vector<EntityID> ids;
   ids.reserve(m_entities.size());
@@ -119,8 +118,7 @@ std::vector<EntityID> EntitySequenceAttribute<D, N, I>::getEntityIDs()
   return ids;
 }
 
-template <class D, int N, class I>
-std::vector<Entity*> EntitySequenceAttribute<D, N, I>::getEntities(bool)
+template <class D, int N, class I> std::vector<Entity*> EntitySequenceAttribute<D, N, I>::getEntities(bool)
 {
   std::vector<Entity*> entities;
   entities.reserve(m_entities.size());
@@ -169,8 +167,7 @@ void EntitySequenceAttribute<D, N, I>::fromStream(FileSystem::DataIStream& in)
   }
 }
 
-template <class D, int N, class I>
-bool EntitySequenceAttribute<D, N, I>::isEqual(const D& other) const
+template <class D, int N, class I> bool EntitySequenceAttribute<D, N, I>::isEqual(const D& other) const
 {
   if (!EntityLinkAttributeBase::isEqual(other) || m_entities.size() != other.m_entities.size())
     return false;

@@ -11,9 +11,11 @@ namespace Ombrix::Model
 
 template <class Derived, int TypeNumber, class Interface>
 class OMBRIX_API EntitySequenceAttribute
-    : public AttributeEx<Derived, TypeNumber, IEntityLinkAttributeBaseImpl<Interface>, EntityLinkAttributeBase>
+    : public AttributeEx<Derived, TypeNumber, IEntityLinkAttributeBaseImpl<Interface>,
+                         EntityLinkAttributeBase>
 {
-  using Base = AttributeEx<Derived, TypeNumber, IEntityLinkAttributeBaseImpl<Interface>, EntityLinkAttributeBase>;
+  using Base =
+      AttributeEx<Derived, TypeNumber, IEntityLinkAttributeBaseImpl<Interface>, EntityLinkAttributeBase>;
 
 public:
   using Sequence = std::vector<std::unique_ptr<Entity>>;

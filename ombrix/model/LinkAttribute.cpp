@@ -16,7 +16,8 @@ LinkAttribute::LinkAttribute(const std::string& type, CompositeAttribute* parent
 {
 }
 
-LinkAttribute::LinkAttribute(const std::string& type, KorvanSDK::AccessType access, CompositeAttribute* parent)
+LinkAttribute::LinkAttribute(const std::string& type, KorvanSDK::AccessType access,
+                             CompositeAttribute* parent)
     : AttributeEx(type, access, parent)
 {
 }

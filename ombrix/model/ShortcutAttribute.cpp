@@ -14,8 +14,7 @@ namespace Ombrix::Model
 namespace
 {
 
-template <typename T>
-bool agree(const T& a, const T& b)
+template <typename T> bool agree(const T& a, const T& b)
 {
   return a == b; // exact; for floating values a NaN never agrees
 }
@@ -98,7 +97,8 @@ bool ShortcutAttribute::isShortcutTarget(Attribute* attribute, bool recursive,
       return attribute == nullptr; // an unresolvable path ends the search
     if (target == attribute)
       return true;
-    if (ShortcutAttribute* next = asShortcut(target); next && recursive && next->isShortcutTarget(attribute, true, seen))
+    if (ShortcutAttribute* next = asShortcut(target);
+        next && recursive && next->isShortcutTarget(attribute, true, seen))
       return true;
   }
   return false;
@@ -159,8 +159,7 @@ T ShortcutAttribute::readCommon(Read&& read, T disagree, bool& found) const
   return common;
 }
 
-template <typename Write>
-void ShortcutAttribute::writeAll(Write&& write)
+template <typename Write> void ShortcutAttribute::writeAll(Write&& write)
 {
   std::exception_ptr first;
   for (const auto& path : m_shortcuts)

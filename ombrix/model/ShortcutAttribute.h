@@ -11,7 +11,8 @@
 namespace Ombrix::Model
 {
 
-class OMBRIX_API ShortcutAttribute : public AttributeEx<ShortcutAttribute, 9, IShortcutAttributeImpl, Attribute>
+class OMBRIX_API ShortcutAttribute
+    : public AttributeEx<ShortcutAttribute, 9, IShortcutAttributeImpl, Attribute>
 {
 public:
   ShortcutAttribute() = default;
@@ -63,13 +64,12 @@ private:
   Attribute* resolve(const AttributePath& path) const;
   Entity* base() const;
   // Calls `write` on every resolvable target; the first exception is rethrown after all were tried.
-  template <typename Write>
-  void writeAll(Write&& write);
+  template <typename Write> void writeAll(Write&& write);
   // The targets' common answer of `read`, `disagree` when two differ; `found` tells whether any
   // target resolved.
-  template <typename T, typename Read>
-  T readCommon(Read&& read, T disagree, bool& found) const;
-  bool isShortcutTarget(Attribute* attribute, bool recursive, std::vector<const ShortcutAttribute*>& seen) const;
+  template <typename T, typename Read> T readCommon(Read&& read, T disagree, bool& found) const;
+  bool isShortcutTarget(Attribute* attribute, bool recursive,
+                        std::vector<const ShortcutAttribute*>& seen) const;
 
   std::vector<AttributePath> m_shortcuts;
 };

@@ -6,8 +6,7 @@
 namespace Ombrix::Model::Data
 {
 
-template <typename T>
-class OMBRIX_API SimpleValue : public ValueEx<T, SimpleValue, 1, ValueAbstract<T>>
+template <typename T> class OMBRIX_API SimpleValue : public ValueEx<T, SimpleValue, 1, ValueAbstract<T>>
 {
 public:
   SimpleValue() = default;

@@ -132,7 +132,8 @@ SolutionControl::SolutionControl(Entity& entity, const SolutionControlDefinition
 }
 
 SolutionControl::SolutionControl(EntityCollection& collection)
-    : SolutionControl(const_cast<Entity*>(solutionControlOf(collection)), collection.getSolutionControlDefinition())
+    : SolutionControl(const_cast<Entity*>(solutionControlOf(collection)),
+                      collection.getSolutionControlDefinition())
 {
 }
 
@@ -158,7 +159,8 @@ void SolutionControl::setTimeStep(float value, Chronology chronology, bool user)
 void SolutionControl::setTotalSimulationTime(float value, Chronology chronology, bool user)
 {
   if (m_mutableEntity)
-    m_mutableEntity->getAttribute(m_definition.getTotalSimulationTimePath()).setFloatValue(value, chronology, user);
+    m_mutableEntity->getAttribute(m_definition.getTotalSimulationTimePath())
+        .setFloatValue(value, chronology, user);
 }
 
 } // namespace Ombrix::Model

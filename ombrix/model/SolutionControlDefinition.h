@@ -65,7 +65,8 @@ private:
   AttributePath m_stopOnConvergence = "Ombrix Control.Stop On Convergence";
 };
 
-OMBRIX_API FileSystem::DataOStream& operator<<(FileSystem::DataOStream& out, const SolutionControlDefinition& d);
+OMBRIX_API FileSystem::DataOStream& operator<<(FileSystem::DataOStream& out,
+                                               const SolutionControlDefinition& d);
 OMBRIX_API FileSystem::DataIStream& operator>>(FileSystem::DataIStream& in, SolutionControlDefinition& d);
 
 } // namespace Ombrix::Model

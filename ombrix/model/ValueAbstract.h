@@ -9,8 +9,7 @@
 namespace Ombrix::Model::Data
 {
 
-template <typename T>
-class OMBRIX_API ValueAbstract : public ValueAbstractBase
+template <typename T> class OMBRIX_API ValueAbstract : public ValueAbstractBase
 {
 public:
   // The value for `chronology`; std::out_of_range "Chronology Out Of Range" when none applies.

@@ -17,8 +17,7 @@ namespace
 
 // Values read or written through another type's getter or setter: numbers convert numerically,
 // bools as 0/1, and text through the text forms.
-template <typename To, typename From>
-To convertValue(const From& value)
+template <typename To, typename From> To convertValue(const From& value)
 {
   if constexpr (std::is_same_v<To, From>)
     return value;
@@ -43,20 +42,19 @@ To convertValue(const From& value)
 
 } // namespace
 
-template <typename T>
-ValueAttribute<T>::ValueAttribute(CompositeAttribute* parent) : Base(parent)
-{
-}
+template <typename T> ValueAttribute<T>::ValueAttribute(CompositeAttribute* parent) : Base(parent) {}
 
 template <typename T>
-ValueAttribute<T>::ValueAttribute(const std::string& type, KorvanSDK::AccessType access, CompositeAttribute* parent)
+ValueAttribute<T>::ValueAttribute(const std::string& type, KorvanSDK::AccessType access,
+                                  CompositeAttribute* parent)
     : Base(type, access, parent)
 {
 }
 
 template <typename T>
 template <typename U>
-void ValueAttribute<T>::setConverted(const U& value, const std::string& unit, Chronology chronology, bool user)
+void ValueAttribute<T>::setConverted(const U& value, const std::string& unit, Chronology chronology,
+                                     bool user)
 {
   if (user && !KorvanSDK::hasWriteAccess(this->getAccessType()))
     throw AccessException("User has no write access");
@@ -89,62 +87,57 @@ void ValueAttribute<T>::do_setBoolValue(bool value, const std::string& unit, Chr
 }
 
 template <typename T>
-void ValueAttribute<T>::do_setFloatValue(float value, const std::string& unit, Chronology chronology, bool user)
+void ValueAttribute<T>::do_setFloatValue(float value, const std::string& unit, Chronology chronology,
+                                         bool user)
 {
   setConverted(value, unit, chronology, user);
 }
 
 template <typename T>
-void ValueAttribute<T>::do_setDoubleValue(double value, const std::string& unit, Chronology chronology, bool user)
-{
-  setConverted(value, unit, chronology, user);
-}
-
-template <typename T>
-void ValueAttribute<T>::do_setStringValue(const std::string& value, const std::string& unit, Chronology chronology,
+void ValueAttribute<T>::do_setDoubleValue(double value, const std::string& unit, Chronology chronology,
                                           bool user)
 {
   setConverted(value, unit, chronology, user);
 }
 
 template <typename T>
-bool ValueAttribute<T>::do_hasValue(Chronology chronology, bool) const
+void ValueAttribute<T>::do_setStringValue(const std::string& value, const std::string& unit,
+                                          Chronology chronology, bool user)
+{
+  setConverted(value, unit, chronology, user);
+}
+
+template <typename T> bool ValueAttribute<T>::do_hasValue(Chronology chronology, bool) const
 {
   return m_value.has(chronology);
 }
 
-template <typename T>
-int ValueAttribute<T>::do_getIntValue(Chronology chronology, bool user) const
+template <typename T> int ValueAttribute<T>::do_getIntValue(Chronology chronology, bool user) const
 {
   return getConverted<int>(chronology, user);
 }
 
-template <typename T>
-bool ValueAttribute<T>::do_getBoolValue(Chronology chronology, bool user) const
+template <typename T> bool ValueAttribute<T>::do_getBoolValue(Chronology chronology, bool user) const
 {
   return getConverted<bool>(chronology, user);
 }
 
-template <typename T>
-float ValueAttribute<T>::do_getFloatValue(Chronology chronology, bool user) const
+template <typename T> float ValueAttribute<T>::do_getFloatValue(Chronology chronology, bool user) const
 {
   return getConverted<float>(chronology, user);
 }
 
-template <typename T>
-double ValueAttribute<T>::do_getDoubleValue(Chronology chronology, bool user) const
+template <typename T> double ValueAttribute<T>::do_getDoubleValue(Chronology chronology, bool user) const
 {
   return getConverted<double>(chronology, user);
 }
 
-template <typename T>
-std::string ValueAttribute<T>::do_getStringValue(Chronology chronology, bool user) const
+template <typename T> std::string ValueAttribute<T>::do_getStringValue(Chronology chronology, bool user) const
 {
   return getConverted<std::string>(chronology, user);
 }
 
-template <typename T>
-void ValueAttribute<T>::toStream(FileSystem::DataOStream& out) const
+template <typename T> void ValueAttribute<T>::toStream(FileSystem::DataOStream& out) const
 {
   Attribute::toStream(out);
   out.key("Unit");
@@ -169,8 +162,7 @@ void ValueAttribute<T>::toStream(FileSystem::DataOStream& out) const
   out.endSection();
 }
 
-template <typename T>
-void ValueAttribute<T>::fromStream(FileSystem::DataIStream& in)
+template <typename T> void ValueAttribute<T>::fromStream(FileSystem::DataIStream& in)
 {
   Attribute::fromStream(in);
   std::string unit;
@@ -218,8 +210,7 @@ void ValueAttribute<T>::fromStream(FileSystem::DataIStream& in)
   m_value.replace(std::move(storage));
 }
 
-template <typename T>
-bool ValueAttribute<T>::isEqual(const ValueAttribute& other) const
+template <typename T> bool ValueAttribute<T>::isEqual(const ValueAttribute& other) const
 {
   return Attribute::isEqual(other) && m_unit == other.m_unit && m_value == other.m_value;
 }

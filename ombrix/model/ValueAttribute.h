@@ -11,26 +11,20 @@
 namespace Ombrix::Model
 {
 
-template <typename T>
-struct ValueAttributeTypeNumber;
-template <>
-struct ValueAttributeTypeNumber<int> : std::integral_constant<int, 1>
+template <typename T> struct ValueAttributeTypeNumber;
+template <> struct ValueAttributeTypeNumber<int> : std::integral_constant<int, 1>
 {
 };
-template <>
-struct ValueAttributeTypeNumber<bool> : std::integral_constant<int, 2>
+template <> struct ValueAttributeTypeNumber<bool> : std::integral_constant<int, 2>
 {
 };
-template <>
-struct ValueAttributeTypeNumber<std::string> : std::integral_constant<int, 3>
+template <> struct ValueAttributeTypeNumber<std::string> : std::integral_constant<int, 3>
 {
 };
-template <>
-struct ValueAttributeTypeNumber<float> : std::integral_constant<int, 4>
+template <> struct ValueAttributeTypeNumber<float> : std::integral_constant<int, 4>
 {
 };
-template <>
-struct ValueAttributeTypeNumber<double> : std::integral_constant<int, 11>
+template <> struct ValueAttributeTypeNumber<double> : std::integral_constant<int, 11>
 {
 };
 
@@ -82,8 +76,7 @@ protected:
 private:
   template <typename U>
   void setConverted(const U& value, const std::string& unit, Chronology chronology, bool user);
-  template <typename U>
-  U getConverted(Chronology chronology, bool user) const;
+  template <typename U> U getConverted(Chronology chronology, bool user) const;
 
   std::string m_unit;
   Data::ValueContainer<T> m_value;

@@ -8,8 +8,7 @@
 namespace Ombrix::Model::Data
 {
 
-template <typename T>
-class OMBRIX_API ValueContainer
+template <typename T> class OMBRIX_API ValueContainer
 {
 public:
   ValueContainer() : m_value(std::make_unique<SimpleValue<T>>()) {}

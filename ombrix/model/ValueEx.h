@@ -10,8 +10,7 @@ namespace Ombrix::Model::Data
 {
 
 // Stored values compare exactly, except that two NaNs are the same stored value.
-template <typename T>
-bool sameStoredValue(const T& a, const T& b)
+template <typename T> bool sameStoredValue(const T& a, const T& b)
 {
   if constexpr (std::is_floating_point_v<T>)
     return a == b || (std::isnan(a) && std::isnan(b));

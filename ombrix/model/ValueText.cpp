@@ -9,8 +9,7 @@ namespace Ombrix::Model
 namespace
 {
 
-template <typename F>
-auto convert(F&& function, const char* name)
+template <typename F> auto convert(F&& function, const char* name)
 {
   try
   {
@@ -26,8 +25,7 @@ auto convert(F&& function, const char* name)
   }
 }
 
-template <typename T>
-void appendFloating(std::string& out, T value, NumberFormat format)
+template <typename T> void appendFloating(std::string& out, T value, NumberFormat format)
 {
   char buffer[400]; // "%f" of the largest double has 309 digits before the point
   int length = 0;

@@ -41,30 +41,24 @@ OMBRIX_API double parseDouble(const std::string& text);
 // "Invalid bool text '<text>'".
 OMBRIX_API bool parseBool(const std::string& text);
 
-template <typename T>
-T parseText(const std::string& text);
-template <>
-inline int parseText<int>(const std::string& text)
+template <typename T> T parseText(const std::string& text);
+template <> inline int parseText<int>(const std::string& text)
 {
   return parseInt(text);
 }
-template <>
-inline bool parseText<bool>(const std::string& text)
+template <> inline bool parseText<bool>(const std::string& text)
 {
   return parseBool(text);
 }
-template <>
-inline float parseText<float>(const std::string& text)
+template <> inline float parseText<float>(const std::string& text)
 {
   return parseFloat(text);
 }
-template <>
-inline double parseText<double>(const std::string& text)
+template <> inline double parseText<double>(const std::string& text)
 {
   return parseDouble(text);
 }
-template <>
-inline std::string parseText<std::string>(const std::string& text)
+template <> inline std::string parseText<std::string>(const std::string& text)
 {
   return text;
 }

@@ -1,28 +1,27 @@
 // Helpers shared by the unit tests: exact exception messages and scratch directories.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
+#include <gtest/gtest.h>
 #include <string>
 
 // Asserts that `statement` throws `type` whose what() is exactly `message`.
-#define EXPECT_THROW_MSG(statement, type, message)                                                          \
-  do                                                                                                        \
-  {                                                                                                         \
-    try                                                                                                     \
-    {                                                                                                       \
-      statement;                                                                                            \
-      ADD_FAILURE() << "expected " #type " with message \"" << (message) << "\", nothing was thrown";       \
-    }                                                                                                       \
-    catch (const type& error_)                                                                              \
-    {                                                                                                       \
-      EXPECT_EQ(std::string(error_.what()), std::string(message));                                          \
-    }                                                                                                       \
-    catch (const std::exception& other_)                                                                    \
-    {                                                                                                       \
-      ADD_FAILURE() << "expected " #type ", got another exception: " << other_.what();                      \
-    }                                                                                                       \
+#define EXPECT_THROW_MSG(statement, type, message)                                                           \
+  do                                                                                                         \
+  {                                                                                                          \
+    try                                                                                                      \
+    {                                                                                                        \
+      statement;                                                                                             \
+      ADD_FAILURE() << "expected " #type " with message \"" << (message) << "\", nothing was thrown";        \
+    }                                                                                                        \
+    catch (const type& error_)                                                                               \
+    {                                                                                                        \
+      EXPECT_EQ(std::string(error_.what()), std::string(message));                                           \
+    }                                                                                                        \
+    catch (const std::exception& other_)                                                                     \
+    {                                                                                                        \
+      ADD_FAILURE() << "expected " #type ", got another exception: " << other_.what();                       \
+    }                                                                                                        \
   } while (false)
 
 namespace OmbrixTest
