@@ -1,3 +1,4 @@
+#include "ombrix/exchange/AIEventHandlerOptions.h"
 #include "ombrix/exchange/CSVEventHandlerOptions.h"
 #include "ombrix/exchange/TrivialEventHandlerOptions.h"
 #include "ombrix/platform/DataIStream.h"
@@ -149,4 +150,74 @@ TEST(ExchangeModes, TextsRoundTripAndUnknownFallsBack)
   EXPECT_FALSE(isFatal(ReadFailureHandling::LogAndContinue));
   EXPECT_TRUE(isFatal(ReadFailureHandling::Fail));
   EXPECT_TRUE(isFatal(ReadFailureHandling::Retry));
+}
+
+namespace
+{
+
+Ombrix::AIEventHandlerOptions aiSample()
+{
+  using Reference = Ombrix::Model::AttributeReference<Ombrix::Model::Attribute>;
+  Ombrix::AIEventHandlerOptions options;
+  for (const char* name : {"surrogate", "drag"})
+  {
+    Reference input(Ombrix::Model::EntityID(1, 2), Ombrix::Model::AttributePath("In"));
+    Reference output(Ombrix::Model::EntityID(3, 4), Ombrix::Model::AttributePath(std::string("Out.") + name));
+    options.functors.emplace_back(name, nullptr, AIFunctor::References{input}, AIFunctor::References{output},
+                                  nullptr);
+  }
+  return options;
+}
+
+} // namespace
+
+TEST(AIEventHandlerOptions, EqualityIsThatOfTheFunctorListInOrder)
+{
+  const AIEventHandlerOptions base = aiSample();
+  AIEventHandlerOptions other = base;
+  other.modules = reinterpret_cast<AISystem::AIModuleCollection*>(&other); // run-time binding only
+  EXPECT_EQ(base, other);
+  std::swap(other.functors[0], other.functors[1]);
+  EXPECT_NE(base, other);
+  other.functors.pop_back();
+  EXPECT_NE(base, other);
+  EXPECT_EQ(AIEventHandlerOptions{}, AIEventHandlerOptions{});
+}
+
+TEST(AIEventHandlerOptions, RoundTripsInBothStreamKinds)
+{
+  for (auto kind : {DataStreamKind::Binary, DataStreamKind::Text})
+  {
+    SCOPED_TRACE(static_cast<int>(kind));
+    for (const AIEventHandlerOptions& options : {aiSample(), AIEventHandlerOptions{}})
+    {
+      FileSystem::DataOStream out(kind);
+      out << options;
+      FileSystem::DataIStream in(out.data(), kind);
+      AIEventHandlerOptions read = aiSample();
+      read.functors.pop_back();
+      in >> read;
+      EXPECT_TRUE(in.good());
+      EXPECT_TRUE(in.atEnd());
+      EXPECT_EQ(read, options);
+    }
+  }
+  FileSystem::DataOStream text(DataStreamKind::Text);
+  text << aiSample();
+  EXPECT_EQ(text.data().rfind("<AIEventHandlerOptions>\n", 0), 0u);
+}
+
+TEST(AIEventHandlerOptions, ATruncatedStreamFailsAndLeavesTheFunctors)
+{
+  FileSystem::DataOStream out(DataStreamKind::Binary);
+  out << aiSample();
+  const std::string bytes = out.data();
+  for (std::size_t length = 0; length < bytes.size(); ++length)
+  {
+    FileSystem::DataIStream in(bytes.substr(0, length), DataStreamKind::Binary);
+    AIEventHandlerOptions read;
+    in >> read;
+    EXPECT_FALSE(in.good()) << "prefix of " << length << " bytes";
+    EXPECT_TRUE(read.functors.empty()) << "prefix of " << length << " bytes";
+  }
 }
