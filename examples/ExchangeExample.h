@@ -1,0 +1,260 @@
+// What the example solver (exchange_solver.cpp) and client (exchange_client.cpp) share: the command line,
+// the exchange directory's paths, the partner's heartbeat watch, waiting for the partner's state and the
+// per-exchange time accounts. Header-only; each program includes it once.
+#pragma once
+
+#include "ombrix/exchange/AliveFileReaderWriter.h"
+#include "ombrix/exchange/CSVEventHandlerOptions.h"
+#include "ombrix/exchange/InterfaceCSVCommon.h"
+#include "ombrix/exchange/InterfaceCSVCommonSolver.h"
+#include "ombrix/exchange/StateFileReaderWriter.h"
+#include "ombrix/model/Attribute.h"
+#include "ombrix/model/CompositeAttribute.h"
+#include "ombrix/sdk/SolveState.h"
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace ExchangeExample
+{
+
+using KorvanSDK::SolveState;
+
+// Exit codes of both programs.
+constexpr int exitSuccess = 0;
+constexpr int exitUsage = 1;
+constexpr int exitExchangeFailed = 2;
+
+// The exchange could not go on: the partner died, failed or timed out, or a file was bad.
+class ExchangeFailure : public std::runtime_error
+{
+public:
+  using std::runtime_error::runtime_error;
+};
+
+// The command line: "--name value" pairs, each name one of `known`.
+class Arguments
+{
+public:
+  Arguments(int argc, char** argv, const std::map<std::string, std::string>& known) : m_values(known)
+  {
+    for (int i = 1; i < argc; ++i)
+    {
+      const std::string name = argv[i];
+      if (name == "--help")
+        throw std::invalid_argument("");
+      if (name.rfind("--", 0) != 0 || !m_values.count(name.substr(2)))
+        throw std::invalid_argument("unknown option '" + name + "'");
+      if (i + 1 >= argc)
+        throw std::invalid_argument("option '" + name + "' needs a value");
+      m_values[name.substr(2)] = argv[++i];
+    }
+  }
+
+  const std::string& text(const std::string& name) const { return m_values.at(name); }
+
+  long number(const std::string& name) const
+  {
+    const std::string& value = text(name);
+    char* end = nullptr;
+    const long result = std::strtol(value.c_str(), &end, 10);
+    if (value.empty() || *end != '\0')
+      throw std::invalid_argument("option '--" + name + "' wants a whole number, not '" + value + "'");
+    return result;
+  }
+
+  double real(const std::string& name) const
+  {
+    const std::string& value = text(name);
+    char* end = nullptr;
+    const double result = std::strtod(value.c_str(), &end);
+    if (value.empty() || *end != '\0')
+      throw std::invalid_argument("option '--" + name + "' wants a number, not '" + value + "'");
+    return result;
+  }
+
+  static std::string usage(const std::map<std::string, std::string>& known)
+  {
+    std::string text;
+    for (const auto& [name, fallback] : known)
+      text += "  --" + name + " <value>" + (fallback.empty() ? "" : " (default " + fallback + ")") + "\n";
+    return text;
+  }
+
+private:
+  std::map<std::string, std::string> m_values;
+};
+
+// Options both sides take, with the defaults of the example (short heartbeat so that a dead partner is
+// noticed within seconds).
+inline std::map<std::string, std::string> commonOptions()
+{
+  return {{"dir", ""},    {"mode", "Fixed"}, {"timeout-ms", "60000"}, {"heartbeat", "1"},
+          {"grace", "3"}, {"crash-at", "0"}, {"verbose", "0"}};
+}
+
+// The exchange options record filled from the common command-line options.
+inline Ombrix::CSVEventHandlerOptions exchangeOptions(const Arguments& arguments)
+{
+  Ombrix::CSVEventHandlerOptions options;
+  options.ombrixDirectory = arguments.text("dir");
+  if (options.ombrixDirectory.empty())
+    throw std::invalid_argument("option '--dir' is required");
+  const std::string& mode = arguments.text("mode");
+  options.fileMode = Ombrix::csvFileModeFromString(mode, Ombrix::CSVFileMode::Automatic);
+  if (options.fileMode != Ombrix::CSVFileMode::Fixed && options.fileMode != Ombrix::CSVFileMode::Sequential)
+    throw std::invalid_argument("option '--mode' is Fixed or Sequential, not '" + mode + "'");
+  options.readFailureHandling = Ombrix::ReadFailureHandling::Retry;
+  options.inFileTryAttempts = 5;
+  options.solverHeartBeatInterval = static_cast<std::int32_t>(arguments.number("heartbeat"));
+  options.clientHeartBeatGracePeriod = static_cast<std::int32_t>(arguments.number("grace"));
+  if (options.solverHeartBeatInterval < 1 ||
+      options.clientHeartBeatGracePeriod <= options.solverHeartBeatInterval)
+    throw std::invalid_argument("the heartbeat must be at least 1 s and the grace period longer than it");
+  return options;
+}
+
+// The protected paths of the exchange interface, opened up for the example programs.
+template <typename Interface> class ExchangeFiles : public Interface
+{
+public:
+  using Interface::getDefFile;
+  using Interface::getInAliveFile;
+  using Interface::getInFile;
+  using Interface::getInStateFile;
+  using Interface::getOmbrixPath;
+  using Interface::getOutAliveFile;
+  using Interface::getOutFile;
+  using Interface::getOutStateFile;
+  using Interface::Interface;
+};
+
+// Removes what an earlier run of this side left, so that the partner never mistakes it for news.
+template <typename Interface>
+void removeOwnFiles(ExchangeFiles<Interface>& files, const std::vector<std::string>& fixedNames,
+                    const std::string& dataPrefix)
+{
+  namespace fs = std::filesystem;
+  std::error_code error;
+  for (const auto& name : fixedNames)
+    fs::remove(files.getOmbrixPath() + "/" + name, error);
+  for (const auto& entry : fs::directory_iterator(files.getOmbrixPath(), error))
+  {
+    const std::string name = entry.path().filename().string();
+    if (name.rfind(dataPrefix, 0) == 0 && entry.path().extension() == ".csv")
+      fs::remove(entry.path(), error);
+  }
+}
+
+// Wall-clock accounts of one side, in seconds.
+struct TimeAccount
+{
+  double waiting = 0; // in state waits for the partner
+  double files = 0;   // writing and reading the data files
+  double compute = 0; // the side's own work
+};
+
+class Stopwatch
+{
+public:
+  double lap()
+  {
+    const auto now = std::chrono::steady_clock::now();
+    const double seconds = std::chrono::duration<double>(now - m_last).count();
+    m_last = now;
+    return seconds;
+  }
+
+private:
+  std::chrono::steady_clock::time_point m_last = std::chrono::steady_clock::now();
+};
+
+// One side of the handshake: its own state file and heartbeat, the partner's state file and heartbeat.
+class Side
+{
+public:
+  Side(std::string partnerName, const std::string& ownState, const std::string& ownAlive,
+       const std::string& partnerState, const std::string& partnerAlive,
+       const Ombrix::CSVEventHandlerOptions& options, int timeout)
+      : m_partnerName(std::move(partnerName)), m_own(ownState), m_partner(partnerState), m_ownAlive(ownAlive),
+        m_partnerAlive(partnerAlive), m_timeout(timeout)
+  {
+    m_ownAlive.setInterval(options.solverHeartBeatInterval);
+    m_partnerAlive.setGracePeriod(options.clientHeartBeatGracePeriod);
+    m_partnerAliveFile = partnerAlive;
+  }
+
+  void startHeartbeat() { m_ownAlive.start(); }
+  void stopHeartbeat() { m_ownAlive.stop(); }
+
+  void setState(SolveState state) const { m_own.writeState(state, 1); }
+
+  // Waits for the partner's first heartbeat.
+  void waitForPartner()
+  {
+    if (!m_partnerAlive.waitForAlive(m_timeout))
+      throw ExchangeFailure("the " + m_partnerName + " did not start: no heartbeat in " + m_partnerAliveFile +
+                            " within " + std::to_string(m_timeout) + " ms");
+  }
+
+  // Waits until the partner's state is one of `wanted` and returns it. Throws ExchangeFailure when the
+  // partner's heartbeat stops, it reports Failed, or the time-out passes.
+  SolveState waitFor(const std::set<SolveState>& wanted, TimeAccount& account)
+  {
+    Stopwatch watch;
+    bool dead = false;
+    std::set<SolveState> states = wanted;
+    states.insert(SolveState::Failed);
+    const SolveState state = m_partner.waitForState(
+        states, [&] { return dead = !m_partnerAlive.checkAlive(); }, m_timeout);
+    account.waiting += watch.lap();
+    if (wanted.count(state))
+      return state;
+    if (dead)
+      throw ExchangeFailure("the " + m_partnerName + " stopped answering: its heartbeat in " +
+                            m_partnerAliveFile + " is older than " +
+                            std::to_string(m_partnerAlive.getGracePeriod()) + " s");
+    if (state == SolveState::Failed)
+      throw ExchangeFailure("the " + m_partnerName + " reports that it failed");
+    std::string names;
+    for (auto s : wanted)
+      names += (names.empty() ? "" : " or ") + KorvanSDK::toString(s);
+    throw ExchangeFailure("timed out after " + std::to_string(m_timeout) + " ms waiting for the " +
+                          m_partnerName + " to reach " + names +
+                          " (last seen: " + std::to_string(static_cast<int>(state)) + ")");
+  }
+
+private:
+  std::string m_partnerName;
+  Ombrix::StateFileReaderWriter m_own;
+  Ombrix::StateFileReaderWriter m_partner;
+  Ombrix::AliveFileReaderWriter m_ownAlive;
+  Ombrix::AliveFileReaderWriter m_partnerAlive;
+  std::string m_partnerAliveFile;
+  int m_timeout;
+};
+
+// Ends the process at once, as a crash or `kill -9` would: no destructor runs, the heartbeat thread dies
+// with the process and the partner must notice through the alive file alone.
+[[noreturn]] inline void crash(const char* who, long exchange)
+{
+  std::printf("%s: crashing on purpose at exchange %ld\n", who, exchange);
+  std::fflush(stdout);
+  std::_Exit(137);
+}
+
+inline double valueOf(const Ombrix::Model::CompositeAttribute& entity, const char* path)
+{
+  return entity.getAttribute(Ombrix::Model::AttributePath(path))
+      .getDoubleValue(KorvanSDK::Chronology::Current, false);
+}
+
+} // namespace ExchangeExample

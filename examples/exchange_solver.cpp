@@ -1,0 +1,386 @@
+// The solver side of the example exchange: a transient 1D heat equation in a rod, heated at its left end
+// by a flux that an external client controls, held at the ambient temperature at its right end. Writes
+// def.csv, then per synchronised time step out.csv with the probe temperature, and applies the client's
+// in.csv. Run it with exchange_client in the same directory (examples/run_exchange.sh does both).
+#include "ombrix/csv/CSVDataFileParser.h"
+#include "ombrix/csv/CSVDefinitionFileParser.h"
+#include "ombrix/exchange/InFileReader.h"
+#include "ombrix/model/EntityCollection.h"
+#include "ombrix/model/ListAttribute.h"
+#include "ombrix/model/ShortcutAttribute.h"
+#include "ombrix/model/SolutionControl.h"
+#include "ombrix/model/ValueAttribute.h"
+
+#include "ExchangeExample.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <iostream>
+
+namespace
+{
+
+using namespace Ombrix::Model;
+using namespace ExchangeExample;
+using KorvanSDK::AccessType;
+using KorvanSDK::AttributeType;
+using KorvanSDK::Chronology;
+
+// Steel rod, 0.1 m long, discretised in cells of equal width.
+struct Rod
+{
+  double length = 0.1;          // m
+  double conductivity = 50.0;   // W/(m K)
+  double diffusivity = 1.4e-5;  // m^2/s
+  double ambient = 300.0;       // K, right end
+  double probePosition = 0.025; // m from the heated end
+  std::vector<double> temperature;
+
+  explicit Rod(std::size_t cells) : temperature(cells, 300.0) {}
+
+  double cellWidth() const { return length / static_cast<double>(temperature.size()); }
+
+  // One backward-Euler step (unconditionally stable) with the heat flux `flux` (W/m^2) entering the left
+  // end; returns the largest temperature change of the step.
+  double step(double flux, double dt)
+  {
+    const std::size_t n = temperature.size();
+    const double dx = cellWidth();
+    const double r = diffusivity * dt / (dx * dx);
+    // Tridiagonal system a[i] T[i-1] + b[i] T[i] + c[i] T[i+1] = d[i], solved by the Thomas algorithm.
+    std::vector<double> a(n, -r), b(n, 1.0 + 2.0 * r), c(n, -r), d(temperature);
+    b[0] = 1.0 + r;
+    d[0] += flux * diffusivity / conductivity * dt / dx;
+    b[n - 1] = 1.0 + 3.0 * r; // half a cell to the wall held at the ambient temperature
+    d[n - 1] += 2.0 * r * ambient;
+    for (std::size_t i = 1; i < n; ++i)
+    {
+      const double m = a[i] / b[i - 1];
+      b[i] -= m * c[i - 1];
+      d[i] -= m * d[i - 1];
+    }
+    std::vector<double> next(n);
+    next[n - 1] = d[n - 1] / b[n - 1];
+    for (std::size_t i = n - 1; i-- > 0;)
+      next[i] = (d[i] - c[i] * next[i + 1]) / b[i];
+    double change = 0;
+    for (std::size_t i = 0; i < n; ++i)
+      change = std::max(change, std::abs(next[i] - temperature[i]));
+    temperature = std::move(next);
+    return change;
+  }
+
+  // Linear interpolation between cell centres.
+  double at(double x) const
+  {
+    const double position =
+        std::clamp(x / cellWidth() - 0.5, 0.0, static_cast<double>(temperature.size() - 1));
+    const auto i = static_cast<std::size_t>(position);
+    if (i + 1 >= temperature.size())
+      return temperature.back();
+    return temperature[i] + (position - static_cast<double>(i)) * (temperature[i + 1] - temperature[i]);
+  }
+
+  double mean() const
+  {
+    double sum = 0;
+    for (double t : temperature)
+      sum += t;
+    return sum / static_cast<double>(temperature.size());
+  }
+};
+
+// Creates (or finds) the composite chain of `path` below `entity` and a value attribute at its end.
+Attribute& addValue(CompositeAttribute& entity, const AttributePath& path, AttributeType kind,
+                    AccessType access, const std::string& unit = "")
+{
+  CompositeAttribute* parent = &entity;
+  for (std::size_t i = 0; i + 1 < path.size(); ++i)
+  {
+    Attribute* next = parent->findChild(path[i]);
+    if (!next)
+      next = parent->createAttribute(AttributeType::Composite, path[i], AccessType::ReadOnly);
+    parent = static_cast<CompositeAttribute*>(next);
+  }
+  Attribute* value = parent->createAttribute(kind, path.back(), access);
+  if (!unit.empty())
+    value->setUnit(unit);
+  return *value;
+}
+
+std::unique_ptr<Entity> makeEntity(const std::string& type, const std::string& name, EntityID id)
+{
+  auto entity = std::make_unique<Entity>(type, name);
+  entity->setUniqueID(id);
+  return entity;
+}
+
+// The solution control, the rod with its outputs, its two ends in a list (the heat flux of the left end
+// is the client's input, reached through the rod's shortcut "Heater Flux"), and optionally a field of
+// `fieldEntities` entities with ten read-only temperatures each, to exchange a large model.
+void buildModel(EntityCollection& collection, const Rod& rod, long fieldEntities)
+{
+  const SolutionControlDefinition& d = collection.getSolutionControlDefinition();
+  auto control = makeEntity(d.getSolutionControlType(), d.getSolutionControlName(), EntityID(1, 1));
+  addValue(*control, d.getIterationPath(), AttributeType::Int, AccessType::ReadOnly);
+  addValue(*control, d.getNumberOfIterationsPath(), AttributeType::Int, AccessType::ReadOnly);
+  addValue(*control, d.getIsFirstIterationPath(), AttributeType::Bool, AccessType::ReadOnly);
+  addValue(*control, d.getIsLastIterationPath(), AttributeType::Bool, AccessType::ReadOnly);
+  addValue(*control, d.getIsTransientPath(), AttributeType::Bool, AccessType::ReadOnly);
+  addValue(*control, d.getTimePath(), AttributeType::Double, AccessType::ReadOnly, "s");
+  addValue(*control, d.getTimeStepPath(), AttributeType::Double, AccessType::ReadOnly, "s");
+  addValue(*control, d.getTotalSimulationTimePath(), AttributeType::Double, AccessType::ReadOnly, "s");
+  addValue(*control, d.getIsConvergedPath(), AttributeType::Bool, AccessType::ReadOnly);
+  collection.addRootEntity(std::move(control));
+
+  auto solid = makeEntity("Solid", "Rod", EntityID(2, 1));
+  addValue(*solid, "Probe.Temperature", AttributeType::Double, AccessType::ReadOnly, "K");
+  addValue(*solid, "Probe.Position", AttributeType::Double, AccessType::ReadOnly, "m")
+      .setDoubleValue(rod.probePosition, Chronology::Current, false);
+  addValue(*solid, "Mean Temperature", AttributeType::Double, AccessType::ReadOnly, "K");
+  auto* ends =
+      static_cast<ListAttribute*>(solid->createAttribute(AttributeType::List, "Ends", AccessType::ReadOnly));
+  ends->setOwnsEntities(true);
+  auto left = makeEntity("Boundary", "Left End", EntityID(3, 1));
+  addValue(*left, "Heat Flux", AttributeType::Double, AccessType::ReadWrite, "W/m^2")
+      .setDoubleValue(0.0, Chronology::Current, false);
+  ends->addEntity(std::move(left));
+  auto right = makeEntity("Boundary", "Right End", EntityID(4, 1));
+  addValue(*right, "Temperature", AttributeType::Double, AccessType::ReadWrite, "K")
+      .setDoubleValue(rod.ambient, Chronology::Current, false);
+  ends->addEntity(std::move(right));
+  auto* heater = static_cast<ShortcutAttribute*>(
+      solid->createAttribute(AttributeType::Shortcut, "Heater Flux", AccessType::ReadWrite));
+  heater->addShortcut(AttributePath("Ends.0.Heat Flux"));
+  collection.addRootEntity(std::move(solid));
+
+  for (long e = 0; e < fieldEntities; ++e)
+  {
+    auto cell = makeEntity("Field Cell", "Cell " + std::to_string(e), EntityID(static_cast<int>(e), 100));
+    for (int a = 0; a < 10; ++a)
+      addValue(*cell, "T" + std::to_string(a), AttributeType::Double, AccessType::ReadOnly, "K");
+    collection.addRootEntity(std::move(cell));
+  }
+}
+
+class Solver
+{
+public:
+  Solver(const Arguments& arguments)
+      : m_options(exchangeOptions(arguments)), m_files(m_options.ombrixDirectory, m_options.fileMode),
+        m_side("client", m_files.getOutStateFile(), m_files.getOutAliveFile(), m_files.getInStateFile(),
+               m_files.getInAliveFile(), m_options, static_cast<int>(arguments.number("timeout-ms"))),
+        m_rod(static_cast<std::size_t>(arguments.number("cells"))), m_steps(arguments.number("steps")),
+        m_timeStep(arguments.real("time-step")), m_syncStart(arguments.number("sync-start")),
+        m_syncInterval(arguments.number("sync-interval")), m_crashAt(arguments.number("crash-at")),
+        m_verbose(arguments.number("verbose") != 0)
+  {
+    if (m_rod.temperature.size() < 2 || m_steps < 1 || !(m_timeStep > 0) || m_syncInterval < 1)
+      throw std::invalid_argument("cells >= 2, steps >= 1, time-step > 0 and sync-interval >= 1 are needed");
+    buildModel(m_model, m_rod, arguments.number("field-entities"));
+    Entity* solid = m_model.getEntity(EntityID(2, 1));
+    m_probe = &solid->getAttribute(AttributePath("Probe.Temperature"));
+    m_mean = &solid->getAttribute(AttributePath("Mean Temperature"));
+    m_heater = &solid->getAttribute(AttributePath("Heater Flux"));
+    m_ambient = &m_model.getEntity(EntityID(4, 1))->getAttribute(AttributePath("Temperature"));
+  }
+
+  int run()
+  {
+    try
+    {
+      return runExchange();
+    }
+    catch (...)
+    {
+      // Tell the client before leaving, so that it need not wait for the heartbeat to go stale.
+      m_side.setState(SolveState::Failed);
+      throw;
+    }
+  }
+
+private:
+  int runExchange()
+  {
+    removeOwnFiles(m_files, {"def.csv", "out.state", "out.alive"}, "out");
+    m_side.setState(SolveState::Initializing);
+    m_side.startHeartbeat();
+
+    m_side.setState(SolveState::Writing_Def_CSV_File);
+    Ombrix::CSVDefinitionFileParser definition(m_model);
+    definition.setChronologies({Chronology::Initial, Chronology::Current});
+    publish(0, 0.0, false);
+    if (!definition.saveAs(m_files.getDefFile()))
+      throw ExchangeFailure("cannot write " + m_files.getDefFile());
+    m_side.setState(SolveState::FinishedWriting_Def_CSV_File);
+    std::printf("solver: %zu entities in %s, waiting for the client\n", m_model.size(),
+                m_files.getDefFile().c_str());
+    std::fflush(stdout);
+    m_side.waitForPartner();
+    m_side.waitFor({SolveState::FinishedReading_Def_CSV_File}, m_account);
+
+    m_account = TimeAccount{}; // the exchanges alone, not the start-up
+    Stopwatch total;
+    long exchanges = 0;
+    for (long step = 1; step <= m_steps; ++step)
+    {
+      Stopwatch watch;
+      const double change = m_rod.step(m_heater->getDoubleValue(Chronology::Current, false), m_timeStep);
+      m_rod.ambient = m_ambient->getDoubleValue(Chronology::Current, false);
+      publish(step, static_cast<double>(step) * m_timeStep, change < 1e-3);
+      m_account.compute += watch.lap();
+      const bool sync = step >= m_syncStart && (step - m_syncStart) % m_syncInterval == 0;
+      if (sync)
+      {
+        ++exchanges;
+        if (exchanges == m_crashAt)
+          crash("solver", exchanges);
+        exchange(step);
+      }
+      if (m_verbose || sync)
+        std::printf("step %3ld  t %7.1f s  probe %8.3f K  heater flux %9.1f W/m^2%s\n", step,
+                    static_cast<double>(step) * m_timeStep,
+                    m_probe->getDoubleValue(Chronology::Current, false),
+                    m_heater->getDoubleValue(Chronology::Current, false), sync ? "" : "  (no exchange)");
+      std::fflush(stdout);
+    }
+    const double wall = total.lap();
+    m_side.setState(SolveState::Finished);
+    m_side.stopHeartbeat();
+
+    const double perExchange = exchanges ? 1000.0 / static_cast<double>(exchanges) : 0.0;
+    std::printf(
+        "solver: finished %ld steps (%ld exchanges), simulated %.1f s; probe %.3f K, heater flux %.1f "
+        "W/m^2\n",
+        m_steps, exchanges, static_cast<double>(m_steps) * m_timeStep,
+        m_probe->getDoubleValue(Chronology::Current, false),
+        m_heater->getDoubleValue(Chronology::Current, false));
+    std::printf("solver: wall time per exchange %.1f ms: waiting for the client %.1f ms, data files %.1f ms, "
+                "solving %.1f ms\n",
+                wall * perExchange, m_account.waiting * perExchange, m_account.files * perExchange,
+                m_account.compute * perExchange);
+    return exitSuccess;
+  }
+
+  // Writes the solve's state into the model: solution control and the rod's outputs.
+  void publish(long step, double time, bool converged)
+  {
+    Entity& control = *m_model.getEntity(EntityID(1, 1));
+    const SolutionControlDefinition& d = m_model.getSolutionControlDefinition();
+    const auto set = [&](const AttributePath& path, auto value)
+    {
+      Attribute& attribute = control.getAttribute(path);
+      if constexpr (std::is_same_v<decltype(value), bool>)
+        attribute.setBoolValue(value, Chronology::Current, false);
+      else if constexpr (std::is_same_v<decltype(value), int>)
+        attribute.setIntValue(value, Chronology::Current, false);
+      else
+        attribute.setDoubleValue(value, Chronology::Current, false);
+    };
+    set(d.getIterationPath(), static_cast<int>(step));
+    set(d.getNumberOfIterationsPath(), static_cast<int>(m_steps));
+    set(d.getIsFirstIterationPath(), step == 1);
+    set(d.getIsLastIterationPath(), step == m_steps);
+    set(d.getIsTransientPath(), true);
+    set(d.getTimePath(), time);
+    set(d.getTimeStepPath(), m_timeStep);
+    set(d.getTotalSimulationTimePath(), static_cast<double>(m_steps) * m_timeStep);
+    set(d.getIsConvergedPath(), converged);
+    m_probe->setDoubleValue(m_rod.at(m_rod.probePosition), Chronology::Current, false);
+    m_mean->setDoubleValue(m_rod.mean(), Chronology::Current, false);
+    if (m_model.size() > 4)
+      publishField();
+  }
+
+  // The field entities sample the rod along its length.
+  void publishField()
+  {
+    const std::size_t count = m_model.size() - 4;
+    for (std::size_t e = 0; e < count; ++e)
+    {
+      Entity* cell = m_model.getEntity(EntityID(static_cast<int>(e), 100));
+      for (int a = 0; a < 10; ++a)
+      {
+        const double x = m_rod.length * static_cast<double>(e * 10 + static_cast<std::size_t>(a)) /
+                         static_cast<double>(count * 10);
+        cell->getAttribute(AttributePath("T" + std::to_string(a)))
+            .setDoubleValue(m_rod.at(x), Chronology::Current, false);
+      }
+    }
+  }
+
+  // One synchronised exchange: out.csv and our state, the client's answer, in.csv, then the
+  // acknowledgement that keeps both state files strictly alternating (no state is ever read twice).
+  void exchange(long step)
+  {
+    Stopwatch watch;
+    Ombrix::CSVDataFileParser parser(m_model, {Chronology::Current});
+    const std::string outFile = m_files.getOutFile();
+    if (!parser.saveAs(outFile))
+      throw ExchangeFailure("cannot write " + outFile);
+    m_account.files += watch.lap();
+    m_side.setState(SolveState::CFDSolver_NewDataReady);
+    m_side.waitFor({SolveState::Client_NewDataReady}, m_account);
+
+    watch.lap();
+    const std::string inFile = m_files.getInFile();
+    // in.csv carries the whole model back; only what the client may write is taken from it.
+    parser.setSkipReadOnly(true);
+    Ombrix::InFileReader(m_options).read(parser, inFile);
+    m_account.files += watch.lap();
+    if (!parser.hasFileSimulationTime() || parser.getFileSimulationTime().getIteration() != step)
+      throw ExchangeFailure(inFile + " does not answer step " + std::to_string(step));
+    m_side.setState(SolveState::CFDSolver_Solving);
+    m_side.waitFor({SolveState::Client_WaitForData}, m_account);
+    m_files.increaseSequentialFileCounter(1);
+  }
+
+  Ombrix::CSVEventHandlerOptions m_options;
+  ExchangeFiles<Ombrix::InterfaceCSVCommonSolver> m_files;
+  Side m_side;
+  Rod m_rod;
+  long m_steps;
+  double m_timeStep;
+  long m_syncStart;
+  long m_syncInterval;
+  long m_crashAt;
+  bool m_verbose;
+  EntityCollection m_model;
+  Attribute* m_probe = nullptr;
+  Attribute* m_mean = nullptr;
+  Attribute* m_heater = nullptr;
+  Attribute* m_ambient = nullptr;
+  TimeAccount m_account;
+};
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+  auto known = commonOptions();
+  known.insert({{"steps", "40"},
+                {"time-step", "10"},
+                {"cells", "40"},
+                {"sync-start", "1"},
+                {"sync-interval", "1"},
+                {"field-entities", "0"}});
+  try
+  {
+    const Arguments arguments(argc, argv, known);
+    Solver solver(arguments);
+    return solver.run();
+  }
+  catch (const std::invalid_argument& error)
+  {
+    if (*error.what())
+      std::cerr << "exchange_solver: " << error.what() << "\n";
+    std::cerr << "usage: exchange_solver --dir <exchange directory> [options]\n" << Arguments::usage(known);
+    return exitUsage;
+  }
+  catch (const std::exception& error)
+  {
+    std::cerr << "exchange_solver: " << error.what() << "\n";
+    return exitExchangeFailed;
+  }
+}

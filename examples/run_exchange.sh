@@ -1,0 +1,22 @@
+#!/bin/sh
+# Runs the example exchange end to end: exchange_client in the background and exchange_solver in the
+# foreground, meeting in a fresh temporary exchange directory that is removed afterwards.
+# Usage: run_exchange.sh <directory of the programs> [options for both sides, e.g. --mode Sequential]
+set -u
+bin=$1
+shift
+dir=$(mktemp -d "${TMPDIR:-/tmp}/ombrix-exchange.XXXXXX") || exit 1
+trap 'rm -rf "$dir"' EXIT INT TERM
+echo "exchange directory: $dir"
+"$bin/exchange_client" --dir "$dir" "$@" >"$dir/client.log" 2>&1 &
+client=$!
+"$bin/exchange_solver" --dir "$dir" "$@"
+solver_status=$?
+wait "$client"
+client_status=$?
+cat "$dir/client.log"
+if [ "$solver_status" -ne 0 ] || [ "$client_status" -ne 0 ]; then
+  echo "example exchange FAILED (solver exit $solver_status, client exit $client_status)" >&2
+  exit 1
+fi
+echo "example exchange completed"
