@@ -2,15 +2,18 @@
 # Runs the example exchange end to end: exchange_client in the background and exchange_solver in the
 # foreground, meeting in a fresh temporary exchange directory that is removed afterwards.
 # Usage: run_exchange.sh <directory of the programs> [options for both sides, e.g. --mode Sequential]
+# Options for one side only go in SOLVER_ARGS and CLIENT_ARGS, e.g. SOLVER_ARGS="--steps 10".
 set -u
 bin=$1
 shift
 dir=$(mktemp -d "${TMPDIR:-/tmp}/ombrix-exchange.XXXXXX") || exit 1
 trap 'rm -rf "$dir"' EXIT INT TERM
 echo "exchange directory: $dir"
-"$bin/exchange_client" --dir "$dir" "$@" >"$dir/client.log" 2>&1 &
+# shellcheck disable=SC2086 # the one-side options are meant to split into words
+"$bin/exchange_client" --dir "$dir" "$@" ${CLIENT_ARGS:-} >"$dir/client.log" 2>&1 &
 client=$!
-"$bin/exchange_solver" --dir "$dir" "$@"
+# shellcheck disable=SC2086
+"$bin/exchange_solver" --dir "$dir" "$@" ${SOLVER_ARGS:-}
 solver_status=$?
 wait "$client"
 client_status=$?
