@@ -251,6 +251,32 @@ private:
   std::_Exit(137);
 }
 
+// The programs' main: builds `Program` from the command line and runs it; a bad command line gives the
+// usage and exitUsage, a failed exchange its message and exitExchangeFailed.
+template <typename Program>
+int runProgram(const char* name, int argc, char** argv, const std::map<std::string, std::string>& known)
+{
+  try
+  {
+    const Arguments arguments(argc, argv, known);
+    Program program(arguments);
+    return program.run();
+  }
+  catch (const std::invalid_argument& error)
+  {
+    if (*error.what())
+      std::fprintf(stderr, "%s: %s\n", name, error.what());
+    std::fprintf(stderr, "usage: %s --dir <exchange directory> [options]\n%s", name,
+                 Arguments::usage(known).c_str());
+    return exitUsage;
+  }
+  catch (const std::exception& error)
+  {
+    std::fprintf(stderr, "%s: %s\n", name, error.what());
+    return exitExchangeFailed;
+  }
+}
+
 inline double valueOf(const Ombrix::Model::CompositeAttribute& entity, const char* path)
 {
   return entity.getAttribute(Ombrix::Model::AttributePath(path))

@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <iostream>
 
 namespace
 {
@@ -168,22 +167,5 @@ int main(int argc, char** argv)
 {
   auto known = commonOptions();
   known.insert({{"set-point", "330"}, {"gain", "4000"}, {"reset-time", "60"}, {"max-flux", "60000"}});
-  try
-  {
-    const Arguments arguments(argc, argv, known);
-    Client client(arguments);
-    return client.run();
-  }
-  catch (const std::invalid_argument& error)
-  {
-    if (*error.what())
-      std::cerr << "exchange_client: " << error.what() << "\n";
-    std::cerr << "usage: exchange_client --dir <exchange directory> [options]\n" << Arguments::usage(known);
-    return exitUsage;
-  }
-  catch (const std::exception& error)
-  {
-    std::cerr << "exchange_client: " << error.what() << "\n";
-    return exitExchangeFailed;
-  }
+  return runProgram<Client>("exchange_client", argc, argv, known);
 }

@@ -11,12 +11,12 @@
 #include "ombrix/model/SolutionControl.h"
 #include "ombrix/model/ValueAttribute.h"
 
+#include "ExampleModel.h"
 #include "ExchangeExample.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <iostream>
 
 namespace
 {
@@ -91,23 +91,7 @@ struct Rod
   }
 };
 
-// Creates (or finds) the composite chain of `path` below `entity` and a value attribute at its end.
-Attribute& addValue(CompositeAttribute& entity, const AttributePath& path, AttributeType kind,
-                    AccessType access, const std::string& unit = "")
-{
-  CompositeAttribute* parent = &entity;
-  for (std::size_t i = 0; i + 1 < path.size(); ++i)
-  {
-    Attribute* next = parent->findChild(path[i]);
-    if (!next)
-      next = parent->createAttribute(AttributeType::Composite, path[i], AccessType::ReadOnly);
-    parent = static_cast<CompositeAttribute*>(next);
-  }
-  Attribute* value = parent->createAttribute(kind, path.back(), access);
-  if (!unit.empty())
-    value->setUnit(unit);
-  return *value;
-}
+using ExampleModel::addValue;
 
 std::unique_ptr<Entity> makeEntity(const std::string& type, const std::string& name, EntityID id)
 {
@@ -365,22 +349,5 @@ int main(int argc, char** argv)
                 {"sync-start", "1"},
                 {"sync-interval", "1"},
                 {"field-entities", "0"}});
-  try
-  {
-    const Arguments arguments(argc, argv, known);
-    Solver solver(arguments);
-    return solver.run();
-  }
-  catch (const std::invalid_argument& error)
-  {
-    if (*error.what())
-      std::cerr << "exchange_solver: " << error.what() << "\n";
-    std::cerr << "usage: exchange_solver --dir <exchange directory> [options]\n" << Arguments::usage(known);
-    return exitUsage;
-  }
-  catch (const std::exception& error)
-  {
-    std::cerr << "exchange_solver: " << error.what() << "\n";
-    return exitExchangeFailed;
-  }
+  return runProgram<Solver>("exchange_solver", argc, argv, known);
 }

@@ -7,6 +7,8 @@
 #include "ombrix/model/SolutionControl.h"
 #include "ombrix/model/ValueAttribute.h"
 
+#include "ExampleModel.h"
+
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -20,23 +22,7 @@ using KorvanSDK::Chronology;
 namespace
 {
 
-// Creates (or finds) the composite chain of `path` below `entity` and a value attribute at its end.
-Attribute& addValue(CompositeAttribute& entity, const AttributePath& path, AttributeType kind,
-                    AccessType access, const std::string& unit = "")
-{
-  CompositeAttribute* parent = &entity;
-  for (std::size_t i = 0; i + 1 < path.size(); ++i)
-  {
-    Attribute* next = parent->findChild(path[i]);
-    if (!next)
-      next = parent->createAttribute(AttributeType::Composite, path[i], AccessType::ReadOnly);
-    parent = static_cast<CompositeAttribute*>(next);
-  }
-  Attribute* value = parent->createAttribute(kind, path.back(), access);
-  if (!unit.empty())
-    value->setUnit(unit);
-  return *value;
-}
+using ExampleModel::addValue;
 
 std::unique_ptr<Entity> makeSolutionControl(const SolutionControlDefinition& d)
 {
