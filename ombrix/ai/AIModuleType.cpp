@@ -1,6 +1,6 @@
 #include "ombrix/ai/AIModuleType.h"
 
-#include "ombrix/ai/AIVocabulary.h"
+#include "ombrix/sdk/NameTable.h"
 
 namespace Ombrix
 {
@@ -9,22 +9,25 @@ namespace
 
 using AISystem::ModuleType;
 
-const std::pair<ModuleType, const char*> names[] = {
-    {ModuleType::Trivial, "Trivial"},         {ModuleType::NeuralNetwork, "NeuralNetwork"},
-    {ModuleType::TorchScript, "TorchScript"}, {ModuleType::ONNX, "ONNX"},
-    {ModuleType::Python, "Python"},           {ModuleType::Transformed, "Transformed"},
-};
+constexpr auto names = makeNameTable<ModuleType>({
+    {ModuleType::Trivial, "Trivial"},
+    {ModuleType::NeuralNetwork, "NeuralNetwork"},
+    {ModuleType::TorchScript, "TorchScript"},
+    {ModuleType::ONNX, "ONNX"},
+    {ModuleType::Python, "Python"},
+    {ModuleType::Transformed, "Transformed"},
+});
 
 } // namespace
 
 std::string aiModuleTypeToString(ModuleType type)
 {
-  return Detail::nameOf(names, type);
+  return std::string(names.nameOr(type));
 }
 
 ModuleType aiModuleTypeFromString(const std::string& text, ModuleType fallback)
 {
-  return Detail::valueOf(names, text, fallback);
+  return names.valueOr(text, fallback);
 }
 
 } // namespace Ombrix

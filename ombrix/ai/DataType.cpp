@@ -1,27 +1,30 @@
 #include "ombrix/ai/DataType.h"
 
-#include "ombrix/ai/AIVocabulary.h"
+#include "ombrix/sdk/NameTable.h"
 
 namespace Ombrix
 {
 namespace
 {
 
-const std::pair<DataType, const char*> names[] = {
-    {DataType::Int, "Int"},     {DataType::Bool, "Bool"},     {DataType::String, "String"},
-    {DataType::Float, "Float"}, {DataType::Double, "Double"},
-};
+constexpr auto names = makeNameTable<DataType>({
+    {DataType::Int, "Int"},
+    {DataType::Bool, "Bool"},
+    {DataType::String, "String"},
+    {DataType::Float, "Float"},
+    {DataType::Double, "Double"},
+});
 
 } // namespace
 
 std::string dataTypeToString(DataType type)
 {
-  return Detail::nameOf(names, type);
+  return std::string(names.nameOr(type));
 }
 
 DataType datatTypeFromString(const std::string& text, DataType fallback)
 {
-  return Detail::valueOf(names, text, fallback);
+  return names.valueOr(text, fallback);
 }
 
 } // namespace Ombrix

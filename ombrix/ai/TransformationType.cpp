@@ -1,31 +1,31 @@
 #include "ombrix/ai/TransformationType.h"
 
-#include "ombrix/ai/AIVocabulary.h"
+#include "ombrix/sdk/NameTable.h"
 
 namespace Ombrix
 {
 namespace
 {
 
-const std::pair<TransformationType, const char*> names[] = {
+constexpr auto names = makeNameTable<TransformationType>({
     {TransformationType::Inverse, "Inverse"},
     {TransformationType::Identity, "Identity"},
     {TransformationType::Curve, "Curve"},
     {TransformationType::PowerLaw, "PowerLaw"},
     {TransformationType::SimpleScaling, "SimpleScaling"},
     {TransformationType::MeanStdDevScaling, "MeanStdDevScaling"},
-};
+});
 
 } // namespace
 
 std::string transformationTypeToString(TransformationType type)
 {
-  return Detail::nameOf(names, type);
+  return std::string(names.nameOr(type));
 }
 
 TransformationType transformationTypeFromString(const std::string& text, TransformationType fallback)
 {
-  return Detail::valueOf(names, text, fallback);
+  return names.valueOr(text, fallback);
 }
 
 } // namespace Ombrix

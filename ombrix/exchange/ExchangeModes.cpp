@@ -1,84 +1,60 @@
 #include "ombrix/exchange/ExchangeModes.h"
 
-#include <array>
-#include <string_view>
-#include <utility>
+#include "ombrix/sdk/NameTable.h"
 
 namespace Ombrix
 {
 namespace
 {
 
-template <typename E, std::size_t N>
-std::string nameOf(const std::array<std::pair<E, std::string_view>, N>& table, E value)
-{
-  for (const auto& [e, name] : table)
-  {
-    if (e == value)
-      return std::string(name);
-  }
-  return std::string();
-}
-
-template <typename E, std::size_t N>
-E valueOf(const std::array<std::pair<E, std::string_view>, N>& table, const std::string& text, E fallback)
-{
-  for (const auto& [e, name] : table)
-  {
-    if (name == text)
-      return e;
-  }
-  return fallback;
-}
-
-constexpr std::array<std::pair<SyncMode, std::string_view>, 3> syncModes{{
+constexpr auto syncModes = makeNameTable<SyncMode>({
     {SyncMode::Iteration, "Iteration"},
     {SyncMode::TimeStep, "TimeStep"},
     {SyncMode::Disabled, "Disabled"},
-}};
+});
 
-constexpr std::array<std::pair<StateFileMode, std::string_view>, 3> stateFileModes{{
+constexpr auto stateFileModes = makeNameTable<StateFileMode>({
     {StateFileMode::Off, "Off"},
     {StateFileMode::WriteOnly, "WriteOnly"},
     {StateFileMode::WriteAndWait, "WriteAndWait"},
-}};
+});
 
-constexpr std::array<std::pair<ReadFailureHandling, std::string_view>, 3> readFailureHandlings{{
+constexpr auto readFailureHandlings = makeNameTable<ReadFailureHandling>({
     {ReadFailureHandling::LogAndContinue, "LogAndContinue"},
     {ReadFailureHandling::Fail, "Fail"},
     {ReadFailureHandling::Retry, "Retry"},
-}};
+});
 
 } // namespace
 
 std::string syncModeToString(SyncMode mode)
 {
-  return nameOf(syncModes, mode);
+  return std::string(syncModes.nameOr(mode));
 }
 
 SyncMode syncModeFromString(const std::string& text, SyncMode fallback)
 {
-  return valueOf(syncModes, text, fallback);
+  return syncModes.valueOr(text, fallback);
 }
 
 std::string stateFileModeToString(StateFileMode mode)
 {
-  return nameOf(stateFileModes, mode);
+  return std::string(stateFileModes.nameOr(mode));
 }
 
 StateFileMode stateFileModeFromString(const std::string& text, StateFileMode fallback)
 {
-  return valueOf(stateFileModes, text, fallback);
+  return stateFileModes.valueOr(text, fallback);
 }
 
 std::string readFailureHandlingToString(ReadFailureHandling handling)
 {
-  return nameOf(readFailureHandlings, handling);
+  return std::string(readFailureHandlings.nameOr(handling));
 }
 
 ReadFailureHandling readFailureHandlingFromString(const std::string& text, ReadFailureHandling fallback)
 {
-  return valueOf(readFailureHandlings, text, fallback);
+  return readFailureHandlings.valueOr(text, fallback);
 }
 
 } // namespace Ombrix

@@ -2,41 +2,17 @@
 #include "ombrix/sdk/AccessType.h"
 #include "ombrix/sdk/AttributeType.h"
 #include "ombrix/sdk/Chronology.h"
+#include "ombrix/sdk/NameTable.h"
 #include "ombrix/sdk/SolveState.h"
 
-#include <array>
 #include <stdexcept>
-#include <string_view>
-#include <utility>
 
 namespace KorvanSDK
 {
 namespace
 {
 
-template <typename E, std::size_t N>
-const std::string_view* findName(const std::array<std::pair<E, std::string_view>, N>& table, E value)
-{
-  for (const auto& entry : table)
-  {
-    if (entry.first == value)
-      return &entry.second;
-  }
-  return nullptr;
-}
-
-template <typename E, std::size_t N>
-E findValue(const std::array<std::pair<E, std::string_view>, N>& table, const std::string& text, E fallback)
-{
-  for (const auto& entry : table)
-  {
-    if (entry.second == text)
-      return entry.first;
-  }
-  return fallback;
-}
-
-constexpr std::array<std::pair<AttributeType, std::string_view>, 12> attributeTypes{{
+constexpr auto attributeTypes = Ombrix::makeNameTable<AttributeType>({
     {AttributeType::Unknown, "Unknown"},
     {AttributeType::Int, "Int"},
     {AttributeType::Bool, "Bool"},
@@ -49,24 +25,24 @@ constexpr std::array<std::pair<AttributeType, std::string_view>, 12> attributeTy
     {AttributeType::Shortcut, "Shortcut"},
     {AttributeType::Array, "Array"},
     {AttributeType::Double, "Double"},
-}};
+});
 
-constexpr std::array<std::pair<AccessType, std::string_view>, 4> accessTypes{{
+constexpr auto accessTypes = Ombrix::makeNameTable<AccessType>({
     {AccessType::None, "None"},
     {AccessType::ReadOnly, "ReadOnly"},
     {AccessType::WriteOnly, "WriteOnly"},
     {AccessType::ReadWrite, "ReadWrite"},
-}};
+});
 
-constexpr std::array<std::pair<Chronology, std::string_view>, 5> chronologies{{
+constexpr auto chronologies = Ombrix::makeNameTable<Chronology>({
     {Chronology::Initial, "Initial"},
     {Chronology::Continue, "Continue"},
     {Chronology::TimeStepStart, "TimeStepStart"},
     {Chronology::Current, "Current"},
     {Chronology::Next, "Next"},
-}};
+});
 
-constexpr std::array<std::pair<SolveState, std::string_view>, 30> solveStates{{
+constexpr auto solveStates = Ombrix::makeNameTable<SolveState>({
     {SolveState::TimeOut, "TimeOut"},
     {SolveState::InActive, "InActive"},
     {SolveState::NoFile, "NoFile"},
@@ -97,12 +73,11 @@ constexpr std::array<std::pair<SolveState, std::string_view>, 30> solveStates{{
     {SolveState::CFDSolver_WaitForStarted, "CFDSolver_WaitForStarted"},
     {SolveState::CFDSolver_SolveStarted, "CFDSolver_SolveStarted"},
     {SolveState::CFDSolver_NewDataReady, "CFDSolver_NewDataReady"},
-}};
+});
 
-template <typename E, std::size_t N>
-std::string nameOrThrow(const std::array<std::pair<E, std::string_view>, N>& table, E value)
+template <typename E, std::size_t N> std::string nameOrThrow(const Ombrix::NameTable<E, N>& table, E value)
 {
-  if (const auto* name = findName(table, value))
+  if (const auto name = table.findName(value))
     return std::string(*name);
   throw std::logic_error("Not implemented");
 }
@@ -111,13 +86,12 @@ std::string nameOrThrow(const std::array<std::pair<E, std::string_view>, N>& tab
 
 std::string attributeTypeToString(AttributeType type)
 {
-  const auto* name = findName(attributeTypes, type);
-  return std::string(name ? *name : attributeTypes[0].second);
+  return std::string(attributeTypes.nameOr(type, "Unknown"));
 }
 
 AttributeType attributeTypeFromString(const std::string& text, AttributeType fallback)
 {
-  return findValue(attributeTypes, text, fallback);
+  return attributeTypes.valueOr(text, fallback);
 }
 
 std::string accessTypeToString(AccessType access)
@@ -127,7 +101,7 @@ std::string accessTypeToString(AccessType access)
 
 AccessType accessTypeFromString(const std::string& text, AccessType fallback)
 {
-  return findValue(accessTypes, text, fallback);
+  return accessTypes.valueOr(text, fallback);
 }
 
 std::string chronologyToString(Chronology chronology)
@@ -137,7 +111,7 @@ std::string chronologyToString(Chronology chronology)
 
 Chronology chronologyFromString(const std::string& text, Chronology fallback)
 {
-  return findValue(chronologies, text, fallback);
+  return chronologies.valueOr(text, fallback);
 }
 
 std::string toString(SolveState state)
@@ -147,7 +121,7 @@ std::string toString(SolveState state)
 
 SolveState solveStateFromString(const std::string& text, SolveState fallback)
 {
-  return findValue(solveStates, text, fallback);
+  return solveStates.valueOr(text, fallback);
 }
 
 } // namespace KorvanSDK

@@ -1,20 +1,29 @@
 #include "ombrix/sdk/ExceptionType.h"
 
 #include "ombrix/sdk/CodedException.h"
+#include "ombrix/sdk/NameTable.h"
 
-#include <array>
 #include <exception>
 #include <stdexcept>
-#include <string_view>
 
 namespace KorvanSDK
 {
 namespace
 {
 
-constexpr std::array<std::string_view, 11> texts = {
-    "Success",      "AccessError",  "AttributeReadError", "OutOfRange", "InvalidArgument", "LogicError",
-    "RuntimeError", "StdException", "UnknownException",   "NullHandle", "NullArgument"};
+constexpr auto texts = Ombrix::makeNameTable<ExceptionType>({
+    {ExceptionType::Success, "Success"},
+    {ExceptionType::AccessError, "AccessError"},
+    {ExceptionType::AttributeReadError, "AttributeReadError"},
+    {ExceptionType::OutOfRange, "OutOfRange"},
+    {ExceptionType::InvalidArgument, "InvalidArgument"},
+    {ExceptionType::LogicError, "LogicError"},
+    {ExceptionType::RuntimeError, "RuntimeError"},
+    {ExceptionType::StdException, "StdException"},
+    {ExceptionType::UnknownException, "UnknownException"},
+    {ExceptionType::NullHandle, "NullHandle"},
+    {ExceptionType::NullArgument, "NullArgument"},
+});
 
 ExceptionType classify(const std::exception& error)
 {
@@ -35,18 +44,12 @@ ExceptionType classify(const std::exception& error)
 
 std::string exceptionTypeToString(ExceptionType type)
 {
-  const auto number = static_cast<std::int32_t>(type);
-  if (number < 0 || static_cast<std::size_t>(number) >= texts.size())
-    return "Unknown";
-  return std::string(texts[static_cast<std::size_t>(number)]);
+  return std::string(texts.nameOr(type, "Unknown"));
 }
 
 ExceptionType exceptionTypeFromString(const std::string& text, ExceptionType fallback)
 {
-  for (std::size_t i = 0; i < texts.size(); ++i)
-    if (texts[i] == text)
-      return static_cast<ExceptionType>(i);
-  return fallback;
+  return texts.valueOr(text, fallback);
 }
 
 ExceptionType currentExceptionType(std::string& message) noexcept

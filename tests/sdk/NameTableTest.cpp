@@ -1,0 +1,79 @@
+#include "ombrix/sdk/NameTable.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace
+{
+
+enum class Colour
+{
+  Red = 0,
+  Green = 1,
+  Blue = 7,
+  Unnamed = 9,
+};
+
+constexpr auto colours = Ombrix::makeNameTable<Colour>({
+    {Colour::Red, "Red"},
+    {Colour::Green, "Green"},
+    {Colour::Blue, "Blue"},
+});
+
+// The lookups run at compile time, so tables can be checked where they are defined.
+static_assert(colours.nameOr(Colour::Blue) == "Blue");
+static_assert(colours.valueOr("Green", Colour::Red) == Colour::Green);
+static_assert(!colours.findName(Colour::Unnamed));
+
+} // namespace
+
+TEST(NameTable, NamesAndValuesRoundTrip)
+{
+  const std::pair<Colour, const char*> cases[] = {
+      {Colour::Red, "Red"}, {Colour::Green, "Green"}, {Colour::Blue, "Blue"}};
+  for (const auto& [value, text] : cases)
+  {
+    SCOPED_TRACE(text);
+    EXPECT_EQ(colours.findName(value), text);
+    EXPECT_EQ(colours.findValue(std::string(text)), value);
+    EXPECT_EQ(colours.valueOr(colours.nameOr(value), Colour::Unnamed), value);
+  }
+}
+
+TEST(NameTable, TextMatchesExactlyOrGivesTheFallback)
+{
+  const char* unknown[] = {"", "red", "RED", " Red", "Red ", "Re", "Redd", "Blue\n"};
+  for (const char* text : unknown)
+  {
+    SCOPED_TRACE(text);
+    EXPECT_FALSE(colours.findValue(text));
+    EXPECT_EQ(colours.valueOr(text, Colour::Unnamed), Colour::Unnamed);
+  }
+  // An embedded NUL is part of the text, not its end.
+  EXPECT_EQ(colours.valueOr(std::string("Red\0x", 5), Colour::Unnamed), Colour::Unnamed);
+}
+
+TEST(NameTable, UnknownValueGivesTheFallbackName)
+{
+  const Colour unknown[] = {Colour::Unnamed, static_cast<Colour>(2), static_cast<Colour>(-1)};
+  for (Colour value : unknown)
+  {
+    SCOPED_TRACE(static_cast<int>(value));
+    EXPECT_FALSE(colours.findName(value));
+    EXPECT_EQ(colours.nameOr(value), "");
+    EXPECT_EQ(colours.nameOr(value, "Red"), "Red");
+  }
+}
+
+TEST(NameTable, FirstEntryWinsForRepeatedValuesAndTexts)
+{
+  constexpr auto aliases = Ombrix::makeNameTable<Colour>({
+      {Colour::Red, "Red"},
+      {Colour::Red, "Crimson"},
+      {Colour::Green, "Red"},
+  });
+  EXPECT_EQ(aliases.nameOr(Colour::Red), "Red");
+  EXPECT_EQ(aliases.valueOr("Red", Colour::Blue), Colour::Red);
+  EXPECT_EQ(aliases.valueOr("Crimson", Colour::Blue), Colour::Red);
+  EXPECT_EQ(aliases.nameOr(Colour::Green), "Red");
+}
