@@ -1,30 +1,29 @@
 #include "ombrix/exchange/CSVFileMode.h"
 
+#include "ombrix/sdk/NameTable.h"
+
 namespace Ombrix
 {
+namespace
+{
+
+constexpr auto fileModes = makeNameTable<CSVFileMode>({
+    {CSVFileMode::Automatic, "Automatic"},
+    {CSVFileMode::Fixed, "Fixed"},
+    {CSVFileMode::Sequential, "Sequential"},
+});
+
+} // namespace
 
 std::string csvFileModeToString(CSVFileMode mode)
 {
-  switch (mode)
-  {
-  case CSVFileMode::Automatic:
-    return "Automatic";
-  case CSVFileMode::Sequential:
-    return "Sequential";
-  default:
-    return "Fixed";
-  }
+  // Every value but -1 and 2 names the files the fixed way.
+  return std::string(fileModes.nameOr(mode, "Fixed"));
 }
 
 CSVFileMode csvFileModeFromString(const std::string& text, CSVFileMode fallback)
 {
-  if (text == "Automatic")
-    return CSVFileMode::Automatic;
-  if (text == "Fixed")
-    return CSVFileMode::Fixed;
-  if (text == "Sequential")
-    return CSVFileMode::Sequential;
-  return fallback;
+  return fileModes.valueOr(text, fallback);
 }
 
 } // namespace Ombrix

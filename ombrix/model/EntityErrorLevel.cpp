@@ -1,40 +1,29 @@
 #include "ombrix/model/EntityErrorLevel.h"
 
-#include <array>
-#include <utility>
+#include "ombrix/sdk/NameTable.h"
 
 namespace Ombrix::Model
 {
 namespace
 {
 
-constexpr std::array<std::pair<EntityErrorLevel, const char*>, 4> names{{
+constexpr auto levels = makeNameTable<EntityErrorLevel>({
     {EntityErrorLevel::Information, "Information"},
     {EntityErrorLevel::Warning, "Warning"},
     {EntityErrorLevel::Error, "Error"},
     {EntityErrorLevel::Fatal, "Fatal"},
-}};
+});
 
 } // namespace
 
 std::string entityErrorLevelToString(EntityErrorLevel level)
 {
-  for (const auto& [value, name] : names)
-  {
-    if (value == level)
-      return name;
-  }
-  return {};
+  return std::string(levels.nameOr(level));
 }
 
 EntityErrorLevel entityErrorLevelFromString(const std::string& text, EntityErrorLevel fallback)
 {
-  for (const auto& [value, name] : names)
-  {
-    if (text == name)
-      return value;
-  }
-  return fallback;
+  return levels.valueOr(text, fallback);
 }
 
 } // namespace Ombrix::Model

@@ -1,27 +1,27 @@
 #include "ombrix/model/ValueType.h"
 
+#include "ombrix/sdk/NameTable.h"
+
 namespace Ombrix::Model
 {
+namespace
+{
+
+constexpr auto valueTypes = makeNameTable<ValueType>({
+    {ValueType::Simple, "Simple"},
+    {ValueType::Chronological, "Chronological"},
+});
+
+} // namespace
 
 std::string valueTypeToString(ValueType type)
 {
-  switch (type)
-  {
-  case ValueType::Simple:
-    return "Simple";
-  case ValueType::Chronological:
-    return "Chronological";
-  }
-  return std::string();
+  return std::string(valueTypes.nameOr(type));
 }
 
 ValueType valueTypeFromString(const std::string& text, ValueType fallback)
 {
-  if (text == "Simple")
-    return ValueType::Simple;
-  if (text == "Chronological")
-    return ValueType::Chronological;
-  return fallback;
+  return valueTypes.valueOr(text, fallback);
 }
 
 } // namespace Ombrix::Model
