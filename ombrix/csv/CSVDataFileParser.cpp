@@ -20,39 +20,16 @@ using Model::Entity;
 namespace
 {
 
-constexpr std::size_t noColumn = static_cast<std::size_t>(-1);
 const std::string nameAttribute = "Name";
 
 } // namespace
-
-struct CSVDataFileParser::Columns
-{
-  std::size_t count = 0;
-  std::size_t id = noColumn, type = noColumn, name = noColumn, path = noColumn, unit = noColumn;
-  std::array<std::size_t, 5> value{noColumn, noColumn, noColumn, noColumn, noColumn};
-};
 
 CSVDataFileParser::CSVDataFileParser(Model::EntityCollection& collection, const ChronologySet& chronologies)
     : m_collection(&collection), m_chronologies(chronologies)
 {
 }
 
-CSVDataFileParser::Columns CSVDataFileParser::columns() const
-{
-  Columns c;
-  c.count = getNumberOfFields();
-  auto at = [&](const std::string& name) { return fieldIndex(name).value_or(noColumn); };
-  c.id = at(fieldEntityID);
-  c.type = at(fieldEntityType);
-  c.name = hasField(fieldEntityFullName) ? at(fieldEntityFullName) : at(fieldEntityName);
-  c.path = at(fieldAttributePath);
-  c.unit = at(fieldUnit);
-  for (Chronology chronology : m_chronologies)
-    c.value[static_cast<std::size_t>(chronology)] = at(CSVValueText::columnName(chronology));
-  return c;
-}
-
-void CSVDataFileParser::writeDataHeader(RowInserter out) const
+void CSVDataFileParser::writeDataHeader(CSVRowSink& out) const
 {
   Row header{fieldEntityID, fieldEntityType, getUseFullEntityNames() ? fieldEntityFullName : fieldEntityName,
              fieldAttributePath};
@@ -60,7 +37,7 @@ void CSVDataFileParser::writeDataHeader(RowInserter out) const
     header.push_back(CSVValueText::columnName(chronology));
   header.push_back(fieldUnit);
   generateHeaderMap(header);
-  *out++ = std::move(header);
+  out.add(std::move(header));
 }
 
 const Entity* CSVDataFileParser::solutionControlEntity() const
@@ -71,10 +48,11 @@ const Entity* CSVDataFileParser::solutionControlEntity() const
   return found == collection.end() ? nullptr : *found;
 }
 
-void CSVDataFileParser::writeData(RowInserter out) const
+void CSVDataFileParser::writeRows(CSVRowSink& out) const
 {
   writeDataHeader(out);
   writeSolutionControl(out);
+  const Columns c = columns();
   const Model::SolutionControlDefinition& definition = m_collection->getSolutionControlDefinition();
   for (const Entity* entity : *m_collection)
   {
@@ -83,82 +61,65 @@ void CSVDataFileParser::writeData(RowInserter out) const
       continue;
     // An entity placed straight into a composite is written with that composite.
     if (entity->isRoot() || entity->getParentLink())
-      writeEntity(*entity, out);
+      writeEntityRows(c, *entity, out);
   }
 }
 
-void CSVDataFileParser::writeSolutionControl(RowInserter out) const
+void CSVDataFileParser::writeSolutionControl(CSVRowSink& out) const
 {
   if (const Entity* entity = solutionControlEntity())
     writeEntity(*entity, out);
 }
 
-void CSVDataFileParser::writeEntity(const Entity& entity, RowInserter out) const
+void CSVDataFileParser::writeEntity(const Entity& entity, CSVRowSink& out) const
 {
-  const Columns c = columns();
+  writeEntityRows(columns(), entity, out);
+}
+
+void CSVDataFileParser::writeEntityRows(const Columns& c, const Entity& entity, CSVRowSink& out) const
+{
   Row identity(c.count);
-  identity[c.id] = Model::toString(entity.getUniqueID());
-  identity[c.type] = entity.type();
-  identity[c.name] = getUseFullEntityNames() ? entity.getName(true) : entity.name();
-  const std::string noPrefix;
+  fillIdentity(c, entity, identity);
+  std::string prefix;
   for (const auto& child : entity)
   {
     if (child->type() != nameAttribute)
-      writeAttributeRows(c, identity, noPrefix, *child, out);
+      writeAttributeRows(c, identity, prefix, *child, out);
   }
 }
 
-void CSVDataFileParser::writeAttributeRows(const Columns& c, const Row& identity,
-                                           const std::string& pathPrefix, const Attribute& attribute,
-                                           RowInserter out) const
+void CSVDataFileParser::writeAttributeRows(const Columns& c, const Row& identity, std::string& pathPrefix,
+                                           const Attribute& attribute, CSVRowSink& out) const
 {
   const AttributeType type = attribute.getAttributeType(false);
   if (CSVValueText::isValueType(type))
   {
-    Row row = identity;
-    std::string& path = row[c.path];
-    path.reserve(pathPrefix.size() + attribute.type().size());
-    path.append(pathPrefix).append(attribute.type());
+    Row& row = out.newRow(c.count);
+    row[c.id] = identity[c.id];
+    row[c.type] = identity[c.type];
+    row[c.name] = identity[c.name];
+    row[c.path].append(pathPrefix).append(attribute.type());
     for (Chronology chronology : m_chronologies)
       CSVValueText::appendValue(row[c.value[static_cast<std::size_t>(chronology)]], attribute, chronology,
                                 getNumberFormat());
     row[c.unit] = attribute.getUnit();
-    *out++ = std::move(row);
   }
   else if (type == AttributeType::Composite || type == AttributeType::Entity)
   {
     // Data files carry values only: composites contribute their children's rows. Links are not
     // followed (their entities come from the flat list), and shortcuts are not written, since their
     // targets' own rows carry the values (a shortcut whose targets disagree reads a neutral value).
-    const std::string prefix = pathPrefix + attribute.type() + ".";
+    const std::size_t kept = pathPrefix.size();
+    pathPrefix.append(attribute.type()).append(1, '.');
     for (const auto& child : static_cast<const Model::CompositeAttribute&>(attribute))
-      writeAttributeRows(c, identity, prefix, *child, out);
+      writeAttributeRows(c, identity, pathPrefix, *child, out);
+    pathPrefix.resize(kept);
   }
 }
 
 void CSVDataFileParser::checkDataHeader(RowIterator headerRow) const
 {
-  const std::string place = rowPlace(headerRow);
-  if (headerRow->empty())
-    reportError(place + "Missing column header", true);
-  generateHeaderMap(*headerRow);
-  for (const auto& [name, index] : headerMap())
-  {
-    bool known = name == fieldEntityID || name == fieldEntityType || name == fieldEntityName ||
-                 name == fieldEntityFullName || name == fieldAttributePath || name == fieldUnit;
-    for (Chronology chronology : CSVValueText::allChronologies)
-      known = known || name == CSVValueText::columnName(chronology);
-    if (!known)
-      reportError(place + "Unknown column '" + name + "' in the column header", true);
-  }
-  const bool fullNames = hasField(fieldEntityFullName);
-  for (const std::string* required :
-       {&fieldEntityID, &fieldEntityType, fullNames ? &fieldEntityFullName : &fieldEntityName,
-        &fieldAttributePath})
-  {
-    if (!hasField(*required))
-      reportError(place + "Missing column '" + *required + "' in the column header", true);
-  }
+  checkColumnHeader(headerRow, {}, {&fieldAttributePath});
 }
 
 std::optional<CSVSimulationTime>
@@ -195,7 +156,7 @@ CSVDataFileParser::parseFileTime(const std::string& iteration, const std::string
 
 // One read: every row is checked and turned into value writes first (pass 1); the writes are made only
 // afterwards (pass 2), so that a fatal error leaves the model untouched.
-struct CSVDataFileParser::Reader
+struct CSVDataFileParser::Reader : RowErrors
 {
   struct Write
   {
@@ -212,14 +173,10 @@ struct CSVDataFileParser::Reader
     Chronology chronology;
   };
 
-  Reader(CSVDataFileParser& owner, Columns columns) : parser(owner), c(columns), fatal(owner.getFatalErrors())
-  {
-  }
+  Reader(CSVDataFileParser& owner, Columns columns) : RowErrors(owner), parser(owner), c(columns) {}
 
   CSVDataFileParser& parser;
   Columns c;
-  bool fatal;
-  bool ok = true;
   bool infoLogged = false;
   std::vector<Write> writes;
   // Positions in the flat list by ID; next[] chains the later entities with the same ID.
@@ -233,17 +190,6 @@ struct CSVDataFileParser::Reader
   // The solution-control row whose iteration field said NOW or END is not applied as a value.
   RowIterator skipIterationRow{};
   bool hasSkipIterationRow = false;
-
-  void error(RowIterator row, const std::string& text)
-  {
-    ok = false;
-    parser.reportError(parser.rowPlace(row) + text, fatal);
-  }
-  void invalidAttribute(RowIterator row, const std::string& text)
-  {
-    ok = false;
-    parser.reportInvalidAttribute(parser.rowPlace(row) + text, fatal);
-  }
 
   void buildIndex()
   {
@@ -277,17 +223,10 @@ struct CSVDataFileParser::Reader
     const std::string& name = (*row)[c.name];
     if (lastEntity && *lastId == idText && *lastType == type && *lastName == name)
       return lastEntity;
-    Model::EntityID id(0, 0);
-    try
-    {
-      id = Model::EntityID::fromString(idText);
-    }
-    catch (const std::exception& failure)
-    {
-      error(row, "Invalid entity ID '" + idText + "': " + failure.what());
+    const std::optional<Model::EntityID> id = entityID(row, c.id);
+    if (!id)
       return nullptr;
-    }
-    auto found = firstById.find(id);
+    auto found = firstById.find(*id);
     if (found == firstById.end())
     {
       if (parser.m_ignoreNonExisting)
@@ -447,9 +386,8 @@ struct CSVDataFileParser::Reader
   {
     if (row->empty() || (hasSkipIterationRow && row == skipIterationRow))
       return;
-    if (row->size() < c.count)
-      return error(row, "Row has " + std::to_string(row->size()) + " fields, the column header has " +
-                            std::to_string(c.count));
+    if (!checkSize(row, c.count))
+      return;
     bool skip = false;
     Entity* entity = findEntity(row, skip);
     if (!entity)
