@@ -296,13 +296,17 @@ struct CSVDataFileParser::Reader : RowErrors
     return true;
   }
 
-  // Queues the row's values for one value attribute; false after reporting a bad value.
-  bool queueValues(RowIterator row, Attribute& target, const std::string& place)
+  // "ID:path" of the row's attribute, for messages only (composed when needed: rows are many).
+  std::string attributePlace(RowIterator row) const { return (*row)[c.id] + ":" + (*row)[c.path]; }
+
+  // Queues the row's values for one value attribute; false after reporting a bad value. `place` names
+  // the target in messages; null for the row's own attribute.
+  bool queueValues(RowIterator row, Attribute& target, const std::string* place)
   {
     const AttributeType type = target.getAttributeType(false);
     if (!CSVValueText::isValueType(type))
     {
-      invalidAttribute(row, "Attribute " + place + " carries no value");
+      invalidAttribute(row, "Attribute " + (place ? *place : attributePlace(row)) + " carries no value");
       return false;
     }
     const std::size_t queued = writes.size();
@@ -339,7 +343,7 @@ struct CSVDataFileParser::Reader : RowErrors
       {
         writes.resize(queued);
         invalidAttribute(row, "Invalid value '" + text + "' in " + CSVValueText::columnName(chronology) +
-                                  " of " + place + ": " + failure.what());
+                                  " of " + (place ? *place : attributePlace(row)) + ": " + failure.what());
         return false;
       }
       writes.push_back(write);
@@ -377,7 +381,7 @@ struct CSVDataFileParser::Reader : RowErrors
         }
         queueShortcut(row, static_cast<const Model::ShortcutAttribute&>(*target), targetPlace, depth + 1);
       }
-      else if (!queueValues(row, *target, targetPlace))
+      else if (!queueValues(row, *target, &targetPlace))
         return;
     }
   }
@@ -394,13 +398,12 @@ struct CSVDataFileParser::Reader : RowErrors
       return;
     const std::string& path = (*row)[c.path];
     Attribute* attribute = findAttribute(*entity, path);
-    const std::string place = (*row)[c.id] + ":" + path;
     if (infoLogged)
-      parser.addToLog(LogLevel::Informational, "%s Processing Attribute ", place.c_str());
+      parser.addToLog(LogLevel::Informational, "%s Processing Attribute ", attributePlace(row).c_str());
     if (!attribute)
     {
       if (!parser.m_ignoreNonExisting)
-        invalidAttribute(row, "Unable to find attribute " + place);
+        invalidAttribute(row, "Unable to find attribute " + attributePlace(row));
       return;
     }
     if (c.unit != noColumn)
@@ -408,21 +411,21 @@ struct CSVDataFileParser::Reader : RowErrors
       const std::string& unit = (*row)[c.unit];
       const std::string& expected = attribute->getUnit();
       if (unit.empty() && !expected.empty())
-        return invalidAttribute(row, place + " Empty Unit");
+        return invalidAttribute(row, attributePlace(row) + " Empty Unit");
       if (unit != expected)
         return invalidAttribute(row, "Invalid Unit expecting " + expected + " but received " + unit +
-                                         " for " + place);
+                                         " for " + attributePlace(row));
     }
     if (!parser.m_korvanSDK && !KorvanSDK::hasWriteAccess(attribute->getAccessType()))
     {
       if (!parser.m_skipReadOnly)
-        invalidAttribute(row, "No Write Access to " + place);
+        invalidAttribute(row, "No Write Access to " + attributePlace(row));
       return;
     }
     if (attribute->isShortcut())
-      queueShortcut(row, static_cast<const Model::ShortcutAttribute&>(*attribute), place, 0);
+      queueShortcut(row, static_cast<const Model::ShortcutAttribute&>(*attribute), attributePlace(row), 0);
     else
-      queueValues(row, *attribute, place);
+      queueValues(row, *attribute, nullptr);
   }
 
   void apply()
@@ -563,6 +566,11 @@ std::pair<CSVFileParserBase::RowIterator, bool> CSVDataFileParser::readData(RowI
   }
 
   reader.buildIndex();
+  // One write per value column and row at most: no regrowth of a large queue.
+  std::size_t valueColumns = 0;
+  for (std::size_t column : reader.c.value)
+    valueColumns += column != noColumn ? 1 : 0;
+  reader.writes.reserve(static_cast<std::size_t>(last - first) * valueColumns);
   for (RowIterator row = std::next(first); row != last; ++row)
     reader.readRow(row);
   reader.apply();

@@ -406,9 +406,25 @@ struct CSVDefinitionFileParser::Reader : RowErrors
       if (c.value[0] == noColumn)
         return invalidAttribute(row, "Link " + place + " needs the InitialValue column for its entities");
       return readLink(row, static_cast<Model::EntityLinkAttributeBase&>(*attribute), place);
+    case AttributeType::Composite:
+    case AttributeType::Entity:
+      return checkHoldsNoEntities(row, place);
     default:
       return;
     }
+  }
+
+  // Only links, lists and arrays hold entities. A composite or entity row whose value lists held
+  // entities ("R|Owns:3-17") reports an owner that cannot hold them; passing over the list would leave
+  // those entities as roots without a word.
+  void checkHoldsNoEntities(RowIterator row, const std::string& place)
+  {
+    if (c.value[0] == noColumn)
+      return;
+    const std::string& text = (*row)[c.value[0]];
+    if (text.find("|Owns:") != std::string::npos || text.find("|Links:") != std::string::npos)
+      invalidAttribute(row, "Reported owner not a link, list or array (" + place + " is of type " +
+                                (*row)[c.attributeType] + ")");
   }
 
   void readRow(RowIterator row)
@@ -424,7 +440,9 @@ struct CSVDefinitionFileParser::Reader : RowErrors
     if (ownRow && (*row)[c.attributeType] != entityTypeName)
       return invalidAttribute(row, "AttributePath is Empty");
     Entity* entity = readEntity(row, *id, ownRow);
-    if (entity && !ownRow)
+    if (entity && ownRow)
+      checkHoldsNoEntities(row, (*row)[c.id]);
+    else if (entity)
       readAttribute(row, *entity);
   }
 

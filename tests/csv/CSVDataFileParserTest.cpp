@@ -131,6 +131,19 @@ TEST_F(CSVDataFileParserTest, OutThenInRoundTrip)
   EXPECT_EQ(at(solver, EntityID(3, 17), "Count").getIntValue(Chronology::Current, false), 42);
 }
 
+TEST_F(CSVDataFileParserTest, LargeFileIsTheTextOfTheGeneratedTable)
+{
+  addCells(solver, 500); // more rows than one write batch
+  CSVDataFileParser out(solver, initialAndCurrent);
+  ASSERT_TRUE(out.saveAs(outPath));
+  const std::string text = OmbrixTest::readFile(outPath);
+  EXPECT_EQ(text, joined(out.generateData()));
+  EXPECT_NE(text.find("\n114-17,Cell,\"C,14\",Value9,9.014000,9.014000,Pa\n"), std::string::npos);
+
+  EXPECT_FALSE(out.saveAs(dir.file("missing/out.csv")));
+  EXPECT_FALSE(std::filesystem::exists(dir.file("missing")));
+}
+
 TEST_F(CSVDataFileParserTest, RoundTripNumberFormatIsBitIdentical)
 {
   at(solver, EntityID(3, 17), "Speed").setDoubleValue(1e-7, Chronology::Current, false);
