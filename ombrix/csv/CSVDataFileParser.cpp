@@ -179,8 +179,7 @@ struct CSVDataFileParser::Reader : RowErrors
   Columns c;
   bool infoLogged = false;
   std::vector<Write> writes;
-  // Positions in the flat list by ID; next[] chains the later entities with the same ID.
-  std::unordered_map<Model::EntityID, std::size_t> firstById;
+  // next[i]: the position of the next entity with the same ID as entity i (built only when needed).
   std::vector<std::size_t> next;
   // The rows of one entity follow each other: the last match is kept.
   const std::string* lastId = nullptr;
@@ -197,7 +196,6 @@ struct CSVDataFileParser::Reader : RowErrors
     constexpr std::size_t none = static_cast<std::size_t>(-1);
     next.assign(collection.size(), none);
     std::unordered_map<Model::EntityID, std::size_t> lastById;
-    firstById.reserve(collection.size());
     lastById.reserve(collection.size());
     for (std::size_t i = 0; i < collection.size(); ++i)
     {
@@ -205,9 +203,7 @@ struct CSVDataFileParser::Reader : RowErrors
       if (!entity)
         continue;
       auto [it, inserted] = lastById.try_emplace(entity->getUniqueID(), i);
-      if (inserted)
-        firstById.emplace(entity->getUniqueID(), i);
-      else
+      if (!inserted)
       {
         next[it->second] = i;
         it->second = i;
@@ -226,8 +222,10 @@ struct CSVDataFileParser::Reader : RowErrors
     const std::optional<Model::EntityID> id = entityID(row, c.id);
     if (!id)
       return nullptr;
-    auto found = firstById.find(*id);
-    if (found == firstById.end())
+    Model::EntityCollection& collection = *parser.m_collection;
+    // The collection's own index gives the first entity with the ID; it nearly always is the row's.
+    const auto first = collection.find(*id);
+    if (first == collection.end())
     {
       if (parser.m_ignoreNonExisting)
       {
@@ -237,17 +235,24 @@ struct CSVDataFileParser::Reader : RowErrors
       error(row, "Unable to find entity " + idText + " '" + type + "' '" + name + "'");
       return nullptr;
     }
-    for (std::size_t i = found->second; i != static_cast<std::size_t>(-1); i = next[i])
+    Entity* entity = *first;
+    if (!parser.isEntity(entity, type, name))
     {
-      Entity* entity = (*parser.m_collection)[i];
-      if (parser.isEntity(entity, type, name))
-      {
-        lastId = &idText;
-        lastType = &type;
-        lastName = &name;
-        lastEntity = entity;
-        return entity;
-      }
+      // IDs shared by several entities: the later ones, through an index of our own made once.
+      if (next.empty())
+        buildIndex();
+      entity = nullptr;
+      for (std::size_t i = next[static_cast<std::size_t>(first - collection.begin())];
+           i != static_cast<std::size_t>(-1) && !entity; i = next[i])
+        entity = parser.isEntity(collection[i], type, name) ? collection[i] : nullptr;
+    }
+    if (entity)
+    {
+      lastId = &idText;
+      lastType = &type;
+      lastName = &name;
+      lastEntity = entity;
+      return entity;
     }
     error(row, "Unable to match entity ID with name " + idText + " '" + type + "' '" + name + "'");
     return nullptr;
@@ -565,7 +570,6 @@ std::pair<CSVFileParserBase::RowIterator, bool> CSVDataFileParser::readData(RowI
     reportError(rowPlace(first) + "Missing Solution Control", getFatalErrors());
   }
 
-  reader.buildIndex();
   // One write per value column and row at most: no regrowth of a large queue.
   std::size_t valueColumns = 0;
   for (std::size_t column : reader.c.value)

@@ -310,6 +310,33 @@ TEST_F(CSVDataFileParserTest, BadRowsAreReportedWithFileAndRowAndNothingIsApplie
   }
 }
 
+TEST_F(CSVDataFileParserTest, EntitiesSharingAnIDAreToldApartByTypeAndName)
+{
+  for (const char* name : {"T1", "T2", "T3"})
+  {
+    auto tank = makeEntity("Tank", name, EntityID(8, 8));
+    addDouble(*tank, "Level", AccessType::ReadWrite, 0.0, "m");
+    solver.addRootEntity(std::move(tank));
+  }
+  OmbrixTest::writeFile(inPath, framed(header + sc + "Results.Iteration,12,\n" + "8-8,Tank,T3,Level,3,m\n" +
+                                       "8-8,Tank,T1,Level,1,m\n" + "8-8,Tank,T2,Level,2,m\n"));
+  CSVDataFileParser reader(solver, {Chronology::Current});
+  reader.setSkipReadOnly(true);
+  EXPECT_TRUE(reader.parseFile(inPath));
+  for (std::size_t i = 0; i < solver.size(); ++i)
+  {
+    if (solver[i]->type() != "Tank")
+      continue;
+    EXPECT_EQ(solver[i]->getAttribute(AttributePath("Level")).getDoubleValue(Chronology::Current, false),
+              solver[i]->name() == "T1"   ? 1.0
+              : solver[i]->name() == "T2" ? 2.0
+                                          : 3.0);
+  }
+  OmbrixTest::writeFile(inPath, framed(header + sc + "Results.Iteration,12,\n8-8,Tank,T4,Level,4,m\n"));
+  EXPECT_THROW_MSG(reader.parseFile(inPath), std::runtime_error,
+                   inPath + ", row 4: Unable to match entity ID with name 8-8 'Tank' 'T4'");
+}
+
 TEST_F(CSVDataFileParserTest, IgnoreNonExisting)
 {
   OmbrixTest::writeFile(inPath, framed(header + sc + "Results.Iteration,12,\n" + "9-9,Pump,P,Speed,1,rpm\n" +
