@@ -95,9 +95,7 @@ void CSVDataFileParser::writeAttributeRows(const Columns& c, const Row& identity
   if (CSVValueText::isValueType(type))
   {
     Row& row = out.newRow(c.count);
-    row[c.id] = identity[c.id];
-    row[c.type] = identity[c.type];
-    row[c.name] = identity[c.name];
+    copyIdentity(c, identity, row);
     row[c.path].append(pathPrefix).append(attribute.type());
     for (Chronology chronology : m_chronologies)
       CSVValueText::appendValue(row[c.value[static_cast<std::size_t>(chronology)]], attribute, chronology,

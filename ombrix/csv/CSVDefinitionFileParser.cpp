@@ -116,9 +116,7 @@ void CSVDefinitionFileParser::writeEntityRows(const Columns& c, const Entity& en
   fillIdentity(c, entity, identity);
   // The entity's own row carries its access and lets an entity without attributes travel.
   Row& own = out.newRow(c.count);
-  own[c.id] = identity[c.id];
-  own[c.type] = identity[c.type];
-  own[c.name] = identity[c.name];
+  copyIdentity(c, identity, own);
   own[c.attributeType] = entityTypeName;
   own[c.access] = KorvanSDK::accessTypeToString(entity.getAccessType());
   for (const auto& child : entity)
@@ -138,9 +136,7 @@ void CSVDefinitionFileParser::writeAttributeRows(const Columns& c, const Row& id
                                                  const Attribute& attribute, CSVRowSink& out) const
 {
   Row& row = out.newRow(c.count);
-  row[c.id] = identity[c.id];
-  row[c.type] = identity[c.type];
-  row[c.name] = identity[c.name];
+  copyIdentity(c, identity, row);
   const AttributeType type = attribute.getAttributeType(false);
   row[c.path] = attribute.getAttributePath(true).toString();
   row[c.attributeType] = KorvanSDK::attributeTypeToString(type);

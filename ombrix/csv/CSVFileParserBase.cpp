@@ -145,6 +145,13 @@ void CSVFileParserBase::fillIdentity(const Columns& c, const Model::Entity& enti
   row[c.name] = m_useFullEntityNames ? entity.getName(true) : entity.name();
 }
 
+void CSVFileParserBase::copyIdentity(const Columns& c, const Row& identity, Row& row)
+{
+  row[c.id] = identity[c.id];
+  row[c.type] = identity[c.type];
+  row[c.name] = identity[c.name];
+}
+
 void CSVFileParserBase::RowErrors::error(RowIterator row, const std::string& text)
 {
   ok = false;

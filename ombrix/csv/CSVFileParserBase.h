@@ -124,6 +124,8 @@ protected:
                          std::initializer_list<const std::string*> required) const;
   // Fills the ID, type and name columns of `row` for `entity`.
   void fillIdentity(const Columns& columns, const Model::Entity& entity, Row& row) const;
+  // Copies those three columns from a row filled by fillIdentity.
+  static void copyIdentity(const Columns& columns, const Row& identity, Row& row);
 
   // The error state of one read: each report names the row, clears `ok` and, when fatal, throws.
   struct RowErrors
