@@ -20,39 +20,16 @@ using Model::Entity;
 namespace
 {
 
-constexpr std::size_t noColumn = static_cast<std::size_t>(-1);
 const std::string nameAttribute = "Name";
 
 } // namespace
-
-struct CSVDataFileParser::Columns
-{
-  std::size_t count = 0;
-  std::size_t id = noColumn, type = noColumn, name = noColumn, path = noColumn, unit = noColumn;
-  std::array<std::size_t, 5> value{noColumn, noColumn, noColumn, noColumn, noColumn};
-};
 
 CSVDataFileParser::CSVDataFileParser(Model::EntityCollection& collection, const ChronologySet& chronologies)
     : m_collection(&collection), m_chronologies(chronologies)
 {
 }
 
-CSVDataFileParser::Columns CSVDataFileParser::columns() const
-{
-  Columns c;
-  c.count = getNumberOfFields();
-  auto at = [&](const std::string& name) { return fieldIndex(name).value_or(noColumn); };
-  c.id = at(fieldEntityID);
-  c.type = at(fieldEntityType);
-  c.name = hasField(fieldEntityFullName) ? at(fieldEntityFullName) : at(fieldEntityName);
-  c.path = at(fieldAttributePath);
-  c.unit = at(fieldUnit);
-  for (Chronology chronology : m_chronologies)
-    c.value[static_cast<std::size_t>(chronology)] = at(CSVValueText::columnName(chronology));
-  return c;
-}
-
-void CSVDataFileParser::writeDataHeader(RowInserter out) const
+void CSVDataFileParser::writeDataHeader(CSVRowSink& out) const
 {
   Row header{fieldEntityID, fieldEntityType, getUseFullEntityNames() ? fieldEntityFullName : fieldEntityName,
              fieldAttributePath};
@@ -60,7 +37,7 @@ void CSVDataFileParser::writeDataHeader(RowInserter out) const
     header.push_back(CSVValueText::columnName(chronology));
   header.push_back(fieldUnit);
   generateHeaderMap(header);
-  *out++ = std::move(header);
+  out.add(std::move(header));
 }
 
 const Entity* CSVDataFileParser::solutionControlEntity() const
@@ -71,10 +48,11 @@ const Entity* CSVDataFileParser::solutionControlEntity() const
   return found == collection.end() ? nullptr : *found;
 }
 
-void CSVDataFileParser::writeData(RowInserter out) const
+void CSVDataFileParser::writeRows(CSVRowSink& out) const
 {
   writeDataHeader(out);
   writeSolutionControl(out);
+  const Columns c = columns();
   const Model::SolutionControlDefinition& definition = m_collection->getSolutionControlDefinition();
   for (const Entity* entity : *m_collection)
   {
@@ -83,82 +61,63 @@ void CSVDataFileParser::writeData(RowInserter out) const
       continue;
     // An entity placed straight into a composite is written with that composite.
     if (entity->isRoot() || entity->getParentLink())
-      writeEntity(*entity, out);
+      writeEntityRows(c, *entity, out);
   }
 }
 
-void CSVDataFileParser::writeSolutionControl(RowInserter out) const
+void CSVDataFileParser::writeSolutionControl(CSVRowSink& out) const
 {
   if (const Entity* entity = solutionControlEntity())
     writeEntity(*entity, out);
 }
 
-void CSVDataFileParser::writeEntity(const Entity& entity, RowInserter out) const
+void CSVDataFileParser::writeEntity(const Entity& entity, CSVRowSink& out) const
 {
-  const Columns c = columns();
+  writeEntityRows(columns(), entity, out);
+}
+
+void CSVDataFileParser::writeEntityRows(const Columns& c, const Entity& entity, CSVRowSink& out) const
+{
   Row identity(c.count);
-  identity[c.id] = Model::toString(entity.getUniqueID());
-  identity[c.type] = entity.type();
-  identity[c.name] = getUseFullEntityNames() ? entity.getName(true) : entity.name();
-  const std::string noPrefix;
+  fillIdentity(c, entity, identity);
+  std::string prefix;
   for (const auto& child : entity)
   {
     if (child->type() != nameAttribute)
-      writeAttributeRows(c, identity, noPrefix, *child, out);
+      writeAttributeRows(c, identity, prefix, *child, out);
   }
 }
 
-void CSVDataFileParser::writeAttributeRows(const Columns& c, const Row& identity,
-                                           const std::string& pathPrefix, const Attribute& attribute,
-                                           RowInserter out) const
+void CSVDataFileParser::writeAttributeRows(const Columns& c, const Row& identity, std::string& pathPrefix,
+                                           const Attribute& attribute, CSVRowSink& out) const
 {
   const AttributeType type = attribute.getAttributeType(false);
   if (CSVValueText::isValueType(type))
   {
-    Row row = identity;
-    std::string& path = row[c.path];
-    path.reserve(pathPrefix.size() + attribute.type().size());
-    path.append(pathPrefix).append(attribute.type());
+    Row& row = out.newRow(c.count);
+    copyIdentity(c, identity, row);
+    row[c.path].append(pathPrefix).append(attribute.type());
     for (Chronology chronology : m_chronologies)
       CSVValueText::appendValue(row[c.value[static_cast<std::size_t>(chronology)]], attribute, chronology,
                                 getNumberFormat());
     row[c.unit] = attribute.getUnit();
-    *out++ = std::move(row);
   }
   else if (type == AttributeType::Composite || type == AttributeType::Entity)
   {
     // Data files carry values only: composites contribute their children's rows. Links are not
     // followed (their entities come from the flat list), and shortcuts are not written, since their
     // targets' own rows carry the values (a shortcut whose targets disagree reads a neutral value).
-    const std::string prefix = pathPrefix + attribute.type() + ".";
+    const std::size_t kept = pathPrefix.size();
+    pathPrefix.append(attribute.type()).append(1, '.');
     for (const auto& child : static_cast<const Model::CompositeAttribute&>(attribute))
-      writeAttributeRows(c, identity, prefix, *child, out);
+      writeAttributeRows(c, identity, pathPrefix, *child, out);
+    pathPrefix.resize(kept);
   }
 }
 
 void CSVDataFileParser::checkDataHeader(RowIterator headerRow) const
 {
-  const std::string place = rowPlace(headerRow);
-  if (headerRow->empty())
-    reportError(place + "Missing column header", true);
-  generateHeaderMap(*headerRow);
-  for (const auto& [name, index] : headerMap())
-  {
-    bool known = name == fieldEntityID || name == fieldEntityType || name == fieldEntityName ||
-                 name == fieldEntityFullName || name == fieldAttributePath || name == fieldUnit;
-    for (Chronology chronology : CSVValueText::allChronologies)
-      known = known || name == CSVValueText::columnName(chronology);
-    if (!known)
-      reportError(place + "Unknown column '" + name + "' in the column header", true);
-  }
-  const bool fullNames = hasField(fieldEntityFullName);
-  for (const std::string* required :
-       {&fieldEntityID, &fieldEntityType, fullNames ? &fieldEntityFullName : &fieldEntityName,
-        &fieldAttributePath})
-  {
-    if (!hasField(*required))
-      reportError(place + "Missing column '" + *required + "' in the column header", true);
-  }
+  checkColumnHeader(headerRow, {}, {&fieldAttributePath});
 }
 
 std::optional<CSVSimulationTime>
@@ -195,7 +154,7 @@ CSVDataFileParser::parseFileTime(const std::string& iteration, const std::string
 
 // One read: every row is checked and turned into value writes first (pass 1); the writes are made only
 // afterwards (pass 2), so that a fatal error leaves the model untouched.
-struct CSVDataFileParser::Reader
+struct CSVDataFileParser::Reader : RowErrors
 {
   struct Write
   {
@@ -212,18 +171,13 @@ struct CSVDataFileParser::Reader
     Chronology chronology;
   };
 
-  Reader(CSVDataFileParser& owner, Columns columns) : parser(owner), c(columns), fatal(owner.getFatalErrors())
-  {
-  }
+  Reader(CSVDataFileParser& owner, Columns columns) : RowErrors(owner), parser(owner), c(columns) {}
 
   CSVDataFileParser& parser;
   Columns c;
-  bool fatal;
-  bool ok = true;
   bool infoLogged = false;
   std::vector<Write> writes;
-  // Positions in the flat list by ID; next[] chains the later entities with the same ID.
-  std::unordered_map<Model::EntityID, std::size_t> firstById;
+  // next[i]: the position of the next entity with the same ID as entity i (built only when needed).
   std::vector<std::size_t> next;
   // The rows of one entity follow each other: the last match is kept.
   const std::string* lastId = nullptr;
@@ -234,24 +188,12 @@ struct CSVDataFileParser::Reader
   RowIterator skipIterationRow{};
   bool hasSkipIterationRow = false;
 
-  void error(RowIterator row, const std::string& text)
-  {
-    ok = false;
-    parser.reportError(parser.rowPlace(row) + text, fatal);
-  }
-  void invalidAttribute(RowIterator row, const std::string& text)
-  {
-    ok = false;
-    parser.reportInvalidAttribute(parser.rowPlace(row) + text, fatal);
-  }
-
   void buildIndex()
   {
     const Model::EntityCollection& collection = *parser.m_collection;
     constexpr std::size_t none = static_cast<std::size_t>(-1);
     next.assign(collection.size(), none);
     std::unordered_map<Model::EntityID, std::size_t> lastById;
-    firstById.reserve(collection.size());
     lastById.reserve(collection.size());
     for (std::size_t i = 0; i < collection.size(); ++i)
     {
@@ -259,9 +201,7 @@ struct CSVDataFileParser::Reader
       if (!entity)
         continue;
       auto [it, inserted] = lastById.try_emplace(entity->getUniqueID(), i);
-      if (inserted)
-        firstById.emplace(entity->getUniqueID(), i);
-      else
+      if (!inserted)
       {
         next[it->second] = i;
         it->second = i;
@@ -277,18 +217,13 @@ struct CSVDataFileParser::Reader
     const std::string& name = (*row)[c.name];
     if (lastEntity && *lastId == idText && *lastType == type && *lastName == name)
       return lastEntity;
-    Model::EntityID id(0, 0);
-    try
-    {
-      id = Model::EntityID::fromString(idText);
-    }
-    catch (const std::exception& failure)
-    {
-      error(row, "Invalid entity ID '" + idText + "': " + failure.what());
+    const std::optional<Model::EntityID> id = entityID(row, c.id);
+    if (!id)
       return nullptr;
-    }
-    auto found = firstById.find(id);
-    if (found == firstById.end())
+    Model::EntityCollection& collection = *parser.m_collection;
+    // The collection's own index gives the first entity with the ID; it nearly always is the row's.
+    const auto first = collection.find(*id);
+    if (first == collection.end())
     {
       if (parser.m_ignoreNonExisting)
       {
@@ -298,17 +233,24 @@ struct CSVDataFileParser::Reader
       error(row, "Unable to find entity " + idText + " '" + type + "' '" + name + "'");
       return nullptr;
     }
-    for (std::size_t i = found->second; i != static_cast<std::size_t>(-1); i = next[i])
+    Entity* entity = *first;
+    if (!parser.isEntity(entity, type, name))
     {
-      Entity* entity = (*parser.m_collection)[i];
-      if (parser.isEntity(entity, type, name))
-      {
-        lastId = &idText;
-        lastType = &type;
-        lastName = &name;
-        lastEntity = entity;
-        return entity;
-      }
+      // IDs shared by several entities: the later ones, through an index of our own made once.
+      if (next.empty())
+        buildIndex();
+      entity = nullptr;
+      for (std::size_t i = next[static_cast<std::size_t>(first - collection.begin())];
+           i != static_cast<std::size_t>(-1) && !entity; i = next[i])
+        entity = parser.isEntity(collection[i], type, name) ? collection[i] : nullptr;
+    }
+    if (entity)
+    {
+      lastId = &idText;
+      lastType = &type;
+      lastName = &name;
+      lastEntity = entity;
+      return entity;
     }
     error(row, "Unable to match entity ID with name " + idText + " '" + type + "' '" + name + "'");
     return nullptr;
@@ -357,13 +299,17 @@ struct CSVDataFileParser::Reader
     return true;
   }
 
-  // Queues the row's values for one value attribute; false after reporting a bad value.
-  bool queueValues(RowIterator row, Attribute& target, const std::string& place)
+  // "ID:path" of the row's attribute, for messages only (composed when needed: rows are many).
+  std::string attributePlace(RowIterator row) const { return (*row)[c.id] + ":" + (*row)[c.path]; }
+
+  // Queues the row's values for one value attribute; false after reporting a bad value. `place` names
+  // the target in messages; null for the row's own attribute.
+  bool queueValues(RowIterator row, Attribute& target, const std::string* place)
   {
     const AttributeType type = target.getAttributeType(false);
     if (!CSVValueText::isValueType(type))
     {
-      invalidAttribute(row, "Attribute " + place + " carries no value");
+      invalidAttribute(row, "Attribute " + (place ? *place : attributePlace(row)) + " carries no value");
       return false;
     }
     const std::size_t queued = writes.size();
@@ -400,7 +346,7 @@ struct CSVDataFileParser::Reader
       {
         writes.resize(queued);
         invalidAttribute(row, "Invalid value '" + text + "' in " + CSVValueText::columnName(chronology) +
-                                  " of " + place + ": " + failure.what());
+                                  " of " + (place ? *place : attributePlace(row)) + ": " + failure.what());
         return false;
       }
       writes.push_back(write);
@@ -438,7 +384,7 @@ struct CSVDataFileParser::Reader
         }
         queueShortcut(row, static_cast<const Model::ShortcutAttribute&>(*target), targetPlace, depth + 1);
       }
-      else if (!queueValues(row, *target, targetPlace))
+      else if (!queueValues(row, *target, &targetPlace))
         return;
     }
   }
@@ -447,22 +393,20 @@ struct CSVDataFileParser::Reader
   {
     if (row->empty() || (hasSkipIterationRow && row == skipIterationRow))
       return;
-    if (row->size() < c.count)
-      return error(row, "Row has " + std::to_string(row->size()) + " fields, the column header has " +
-                            std::to_string(c.count));
+    if (!checkSize(row, c.count))
+      return;
     bool skip = false;
     Entity* entity = findEntity(row, skip);
     if (!entity)
       return;
     const std::string& path = (*row)[c.path];
     Attribute* attribute = findAttribute(*entity, path);
-    const std::string place = (*row)[c.id] + ":" + path;
     if (infoLogged)
-      parser.addToLog(LogLevel::Informational, "%s Processing Attribute ", place.c_str());
+      parser.addToLog(LogLevel::Informational, "%s Processing Attribute ", attributePlace(row).c_str());
     if (!attribute)
     {
       if (!parser.m_ignoreNonExisting)
-        invalidAttribute(row, "Unable to find attribute " + place);
+        invalidAttribute(row, "Unable to find attribute " + attributePlace(row));
       return;
     }
     if (c.unit != noColumn)
@@ -470,21 +414,21 @@ struct CSVDataFileParser::Reader
       const std::string& unit = (*row)[c.unit];
       const std::string& expected = attribute->getUnit();
       if (unit.empty() && !expected.empty())
-        return invalidAttribute(row, place + " Empty Unit");
+        return invalidAttribute(row, attributePlace(row) + " Empty Unit");
       if (unit != expected)
         return invalidAttribute(row, "Invalid Unit expecting " + expected + " but received " + unit +
-                                         " for " + place);
+                                         " for " + attributePlace(row));
     }
     if (!parser.m_korvanSDK && !KorvanSDK::hasWriteAccess(attribute->getAccessType()))
     {
       if (!parser.m_skipReadOnly)
-        invalidAttribute(row, "No Write Access to " + place);
+        invalidAttribute(row, "No Write Access to " + attributePlace(row));
       return;
     }
     if (attribute->isShortcut())
-      queueShortcut(row, static_cast<const Model::ShortcutAttribute&>(*attribute), place, 0);
+      queueShortcut(row, static_cast<const Model::ShortcutAttribute&>(*attribute), attributePlace(row), 0);
     else
-      queueValues(row, *attribute, place);
+      queueValues(row, *attribute, nullptr);
   }
 
   void apply()
@@ -624,7 +568,11 @@ std::pair<CSVFileParserBase::RowIterator, bool> CSVDataFileParser::readData(RowI
     reportError(rowPlace(first) + "Missing Solution Control", getFatalErrors());
   }
 
-  reader.buildIndex();
+  // One write per value column and row at most: no regrowth of a large queue.
+  std::size_t valueColumns = 0;
+  for (std::size_t column : reader.c.value)
+    valueColumns += column != noColumn ? 1 : 0;
+  reader.writes.reserve(static_cast<std::size_t>(last - first) * valueColumns);
   for (RowIterator row = std::next(first); row != last; ++row)
     reader.readRow(row);
   reader.apply();

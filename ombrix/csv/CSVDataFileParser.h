@@ -70,23 +70,24 @@ public:
 
 protected:
   // Column header, the solution-control entity, then every other entity of the flat list.
-  void writeData(RowInserter out) const override;
+  void writeData(RowInserter out) const override { writeDataThroughRows(out); }
+  void writeRows(CSVRowSink& out) const override;
   // Checks every row first and applies values only when all rows passed (or, in the non-fatal mode,
   // applies the rows that passed). Throws, with nothing applied, on a bad column header and, in the
   // fatal mode, on the first faulty row.
   std::pair<RowIterator, bool> readData(RowIterator first, RowIterator last) override;
 
-  void writeDataHeader(RowInserter out) const;
-  void writeSolutionControl(RowInserter out) const;
-  void writeEntity(const Model::Entity& entity, RowInserter out) const;
+  void writeDataHeader(CSVRowSink& out) const;
+  void writeSolutionControl(CSVRowSink& out) const;
+  void writeEntity(const Model::Entity& entity, CSVRowSink& out) const;
   void checkDataHeader(RowIterator headerRow) const;
 
 private:
-  struct Columns;
   struct Reader;
-  Columns columns() const;
-  void writeAttributeRows(const Columns& columns, const Row& identity, const std::string& pathPrefix,
-                          const Model::Attribute& attribute, RowInserter out) const;
+  Columns columns() const { return resolveColumns(m_chronologies); }
+  void writeEntityRows(const Columns& columns, const Model::Entity& entity, CSVRowSink& out) const;
+  void writeAttributeRows(const Columns& columns, const Row& identity, std::string& pathPrefix,
+                          const Model::Attribute& attribute, CSVRowSink& out) const;
   const Model::Entity* solutionControlEntity() const;
 
   Model::EntityCollection* m_collection;

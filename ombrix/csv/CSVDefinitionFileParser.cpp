@@ -19,9 +19,11 @@ using Model::Entity;
 namespace
 {
 
-constexpr std::size_t noColumn = static_cast<std::size_t>(-1);
 const std::string legacyInitialColumn = "InitValue";
 const std::string entityTypeName = "Entity";
+
+const std::set<Chronology> everyChronology(CSVValueText::allChronologies.begin(),
+                                           CSVValueText::allChronologies.end());
 
 bool isLinkType(AttributeType type)
 {
@@ -29,16 +31,6 @@ bool isLinkType(AttributeType type)
 }
 
 } // namespace
-
-// Column positions resolved once per read or write, so rows never look names up.
-struct CSVDefinitionFileParser::Columns
-{
-  std::size_t count = 0;
-  std::size_t id = noColumn, type = noColumn, name = noColumn, access = noColumn, path = noColumn,
-              attributeType = noColumn, unit = noColumn;
-  std::array<std::size_t, 5> value{noColumn, noColumn, noColumn, noColumn, noColumn};
-  bool fullNames = false;
-};
 
 CSVDefinitionFileParser::CSVDefinitionFileParser(Model::EntityCollection& collection)
     : m_collection(&collection)
@@ -53,27 +45,15 @@ CSVFileParserBase::Row CSVDefinitionFileParser::dataHeader(bool useFullEntityNam
       legacyInitialColumn, fieldUnit};
 }
 
-CSVDefinitionFileParser::Columns CSVDefinitionFileParser::columns() const
+CSVFileParserBase::Columns CSVDefinitionFileParser::columns() const
 {
-  Columns c;
-  c.count = getNumberOfFields();
-  auto at = [&](const std::string& name) { return fieldIndex(name).value_or(noColumn); };
-  c.id = at(fieldEntityID);
-  c.type = at(fieldEntityType);
-  c.fullNames = hasField(fieldEntityFullName);
-  c.name = at(c.fullNames ? fieldEntityFullName : fieldEntityName);
-  c.access = at(fieldAccess);
-  c.path = at(fieldAttributePath);
-  c.attributeType = at(fieldAttributeType);
-  c.unit = at(fieldUnit);
-  for (Chronology chronology : CSVValueText::allChronologies)
-    c.value[static_cast<std::size_t>(chronology)] = at(CSVValueText::columnName(chronology));
+  Columns c = resolveColumns(everyChronology);
   if (c.value[0] == noColumn)
-    c.value[0] = at(legacyInitialColumn);
+    c.value[0] = fieldIndex(legacyInitialColumn).value_or(noColumn);
   return c;
 }
 
-void CSVDefinitionFileParser::writeDataHeader(RowInserter out) const
+void CSVDefinitionFileParser::writeDataHeader(CSVRowSink& out) const
 {
   Row header{
       fieldEntityID, fieldEntityType,    getUseFullEntityNames() ? fieldEntityFullName : fieldEntityName,
@@ -82,25 +62,27 @@ void CSVDefinitionFileParser::writeDataHeader(RowInserter out) const
     header.push_back(CSVValueText::columnName(chronology));
   header.push_back(fieldUnit);
   generateHeaderMap(header);
-  *out++ = std::move(header);
+  out.add(std::move(header));
 }
 
-void CSVDefinitionFileParser::writeData(RowInserter out) const
+void CSVDefinitionFileParser::writeRows(CSVRowSink& out) const
 {
   writeDataHeader(out);
+  const Columns c = columns();
   for (const Entity* entity : *m_collection)
   {
     // An entity placed straight into a composite (not held by a link) is written with that composite.
     if (entity && (entity->isRoot() || entity->getParentLink()))
     {
-      writeEntity(*entity, out);
-      writeUnlistedEntities(*entity, true, out);
+      writeEntityRows(c, *entity, out);
+      writeUnlistedEntities(c, *entity, true, out);
     }
   }
 }
 
-void CSVDefinitionFileParser::writeUnlistedEntities(const Model::CompositeAttribute& composite, bool listed,
-                                                    RowInserter out) const
+void CSVDefinitionFileParser::writeUnlistedEntities(const Columns& c,
+                                                    const Model::CompositeAttribute& composite, bool listed,
+                                                    CSVRowSink& out) const
 {
   // Entities held by a link that does not own them are not in the collection's flat list (nor is
   // anything below them), yet the link still holds them: they travel right after their holder.
@@ -114,46 +96,47 @@ void CSVDefinitionFileParser::writeUnlistedEntities(const Model::CompositeAttrib
         continue;
       for (const Entity* held : link.getEntities(false))
       {
-        writeEntity(*held, out);
-        writeUnlistedEntities(*held, false, out);
+        writeEntityRows(c, *held, out);
+        writeUnlistedEntities(c, *held, false, out);
       }
     }
     else if (type == AttributeType::Composite || type == AttributeType::Entity)
-      writeUnlistedEntities(static_cast<const Model::CompositeAttribute&>(*child), listed, out);
+      writeUnlistedEntities(c, static_cast<const Model::CompositeAttribute&>(*child), listed, out);
   }
 }
 
-void CSVDefinitionFileParser::writeEntity(const Entity& entity, RowInserter out) const
+void CSVDefinitionFileParser::writeEntity(const Entity& entity, CSVRowSink& out) const
 {
-  const Columns c = columns();
+  writeEntityRows(columns(), entity, out);
+}
+
+void CSVDefinitionFileParser::writeEntityRows(const Columns& c, const Entity& entity, CSVRowSink& out) const
+{
   Row identity(c.count);
-  identity[c.id] = Model::toString(entity.getUniqueID());
-  identity[c.type] = entity.type();
-  identity[c.name] = getUseFullEntityNames() ? entity.getName(true) : entity.name();
+  fillIdentity(c, entity, identity);
   // The entity's own row carries its access and lets an entity without attributes travel.
-  Row own = identity;
+  Row& own = out.newRow(c.count);
+  copyIdentity(c, identity, own);
   own[c.attributeType] = entityTypeName;
   own[c.access] = KorvanSDK::accessTypeToString(entity.getAccessType());
-  *out++ = std::move(own);
   for (const auto& child : entity)
     writeAttributeRows(c, identity, *child, out);
 }
 
 void CSVDefinitionFileParser::writeAttribute(const Entity& entity, const Attribute& attribute,
-                                             RowInserter out) const
+                                             CSVRowSink& out) const
 {
   const Columns c = columns();
   Row identity(c.count);
-  identity[c.id] = Model::toString(entity.getUniqueID());
-  identity[c.type] = entity.type();
-  identity[c.name] = getUseFullEntityNames() ? entity.getName(true) : entity.name();
+  fillIdentity(c, entity, identity);
   writeAttributeRows(c, identity, attribute, out);
 }
 
 void CSVDefinitionFileParser::writeAttributeRows(const Columns& c, const Row& identity,
-                                                 const Attribute& attribute, RowInserter out) const
+                                                 const Attribute& attribute, CSVRowSink& out) const
 {
-  Row row = identity;
+  Row& row = out.newRow(c.count);
+  copyIdentity(c, identity, row);
   const AttributeType type = attribute.getAttributeType(false);
   row[c.path] = attribute.getAttributePath(true).toString();
   row[c.attributeType] = KorvanSDK::attributeTypeToString(type);
@@ -189,7 +172,6 @@ void CSVDefinitionFileParser::writeAttributeRows(const Columns& c, const Row& id
     for (const Entity* held : link.getEntities(false))
       text.append(word).append(Model::toString(held->getUniqueID()));
   }
-  *out++ = std::move(row);
   if (type == AttributeType::Composite || type == AttributeType::Entity)
   {
     for (const auto& child : static_cast<const Model::CompositeAttribute&>(attribute))
@@ -199,33 +181,13 @@ void CSVDefinitionFileParser::writeAttributeRows(const Columns& c, const Row& id
 
 void CSVDefinitionFileParser::checkDataHeader(RowIterator headerRow) const
 {
-  const std::string place = rowPlace(headerRow);
-  if (headerRow->empty())
-    reportError(place + "Missing column header", true);
-  generateHeaderMap(*headerRow);
-  for (const auto& [name, index] : headerMap())
-  {
-    bool known = name == fieldEntityID || name == fieldEntityType || name == fieldEntityName ||
-                 name == fieldEntityFullName || name == fieldAccess || name == fieldAttributePath ||
-                 name == fieldAttributeType || name == fieldUnit || name == legacyInitialColumn;
-    for (Chronology chronology : CSVValueText::allChronologies)
-      known = known || name == CSVValueText::columnName(chronology);
-    if (!known)
-      reportError(place + "Unknown column '" + name + "' in the column header", true);
-  }
-  const bool fullNames = hasField(fieldEntityFullName);
-  for (const std::string* required :
-       {&fieldEntityID, &fieldEntityType, fullNames ? &fieldEntityFullName : &fieldEntityName, &fieldAccess,
-        &fieldAttributePath, &fieldAttributeType})
-  {
-    if (!hasField(*required))
-      reportError(place + "Missing column '" + *required + "' in the column header", true);
-  }
+  checkColumnHeader(headerRow, {&fieldAccess, &fieldAttributeType, &legacyInitialColumn},
+                    {&fieldAccess, &fieldAttributePath, &fieldAttributeType});
 }
 
 // The state of one read: entities are built free-standing, attached to the links that list them once
 // every row is read, and the rest become roots in file order. The collection changes only at the end.
-struct CSVDefinitionFileParser::Reader
+struct CSVDefinitionFileParser::Reader : RowErrors
 {
   struct LinkEntry
   {
@@ -235,31 +197,15 @@ struct CSVDefinitionFileParser::Reader
     std::string place; // "ID:path"
   };
 
-  Reader(CSVDefinitionFileParser& owner, Columns columns, bool fatalErrors)
-      : parser(owner), c(columns), fatal(fatalErrors)
-  {
-  }
+  Reader(CSVDefinitionFileParser& owner, Columns columns) : RowErrors(owner), parser(owner), c(columns) {}
 
   CSVDefinitionFileParser& parser;
   Columns c;
-  bool fatal;
-  bool ok = true;
   std::vector<std::unique_ptr<Entity>> created; // creation order; empty once attached
   std::unordered_map<Model::EntityID, std::size_t> byId;
   std::vector<LinkEntry> links;
   std::vector<std::pair<Model::ShortcutAttribute*, RowIterator>> shortcuts;
   bool infoLogged = false;
-
-  void error(RowIterator row, const std::string& text)
-  {
-    ok = false;
-    parser.reportError(parser.rowPlace(row) + text, fatal);
-  }
-  void invalidAttribute(RowIterator row, const std::string& text)
-  {
-    ok = false;
-    parser.reportInvalidAttribute(parser.rowPlace(row) + text, fatal);
-  }
 
   std::string entityName(const std::string& field) const
   {
@@ -456,32 +402,43 @@ struct CSVDefinitionFileParser::Reader
       if (c.value[0] == noColumn)
         return invalidAttribute(row, "Link " + place + " needs the InitialValue column for its entities");
       return readLink(row, static_cast<Model::EntityLinkAttributeBase&>(*attribute), place);
+    case AttributeType::Composite:
+    case AttributeType::Entity:
+      return checkHoldsNoEntities(row, place);
     default:
       return;
     }
+  }
+
+  // Only links, lists and arrays hold entities. A composite or entity row whose value lists held
+  // entities ("R|Owns:3-17") reports an owner that cannot hold them; passing over the list would leave
+  // those entities as roots without a word.
+  void checkHoldsNoEntities(RowIterator row, const std::string& place)
+  {
+    if (c.value[0] == noColumn)
+      return;
+    const std::string& text = (*row)[c.value[0]];
+    if (text.find("|Owns:") != std::string::npos || text.find("|Links:") != std::string::npos)
+      invalidAttribute(row, "Reported owner not a link, list or array (" + place + " is of type " +
+                                (*row)[c.attributeType] + ")");
   }
 
   void readRow(RowIterator row)
   {
     if (row->empty())
       return;
-    if (row->size() < c.count)
-      return error(row, "Row has " + std::to_string(row->size()) + " fields, the column header has " +
-                            std::to_string(c.count));
-    Model::EntityID id(0, 0);
-    try
-    {
-      id = Model::EntityID::fromString((*row)[c.id]);
-    }
-    catch (const std::exception& failure)
-    {
-      return error(row, "Invalid entity ID '" + (*row)[c.id] + "': " + failure.what());
-    }
+    if (!checkSize(row, c.count))
+      return;
+    const std::optional<Model::EntityID> id = entityID(row, c.id);
+    if (!id)
+      return;
     const bool ownRow = (*row)[c.path].empty();
     if (ownRow && (*row)[c.attributeType] != entityTypeName)
       return invalidAttribute(row, "AttributePath is Empty");
-    Entity* entity = readEntity(row, id, ownRow);
-    if (entity && !ownRow)
+    Entity* entity = readEntity(row, *id, ownRow);
+    if (entity && ownRow)
+      checkHoldsNoEntities(row, (*row)[c.id]);
+    else if (entity)
       readAttribute(row, *entity);
   }
 
@@ -567,7 +524,7 @@ std::pair<CSVFileParserBase::RowIterator, bool> CSVDefinitionFileParser::readDat
     reportError("Missing column header", true);
   }
   checkDataHeader(first);
-  Reader reader(*this, columns(), getFatalErrors());
+  Reader reader(*this, columns());
   reader.infoLogged = isLogged(LogLevel::Informational);
   for (RowIterator row = std::next(first); row != last; ++row)
     reader.readRow(row);

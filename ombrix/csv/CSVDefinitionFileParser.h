@@ -40,27 +40,28 @@ public:
 
 protected:
   // Column header, then for every entity of the flat list its own row and its attributes' rows.
-  void writeData(RowInserter out) const override;
+  void writeData(RowInserter out) const override { writeDataThroughRows(out); }
+  void writeRows(CSVRowSink& out) const override;
   // Rebuilds the collection from the rows. The collection is replaced only when the whole file was
   // read (in the non-fatal mode, faulty rows are logged and passed over). Throws (collection
   // unchanged) on a bad column header and, in the fatal mode, on the first faulty row.
   std::pair<RowIterator, bool> readData(RowIterator first, RowIterator last) override;
 
-  void writeDataHeader(RowInserter out) const;
-  void writeEntity(const Model::Entity& entity, RowInserter out) const;
-  void writeAttribute(const Model::Entity& entity, const Model::Attribute& attribute, RowInserter out) const;
+  void writeDataHeader(CSVRowSink& out) const;
+  void writeEntity(const Model::Entity& entity, CSVRowSink& out) const;
+  void writeAttribute(const Model::Entity& entity, const Model::Attribute& attribute, CSVRowSink& out) const;
   // Throws std::runtime_error naming the file and the column when a required column is missing or a
   // column is unknown.
   void checkDataHeader(RowIterator headerRow) const;
 
 private:
-  struct Columns;
   struct Reader;
   Columns columns() const;
+  void writeEntityRows(const Columns& columns, const Model::Entity& entity, CSVRowSink& out) const;
   void writeAttributeRows(const Columns& columns, const Row& identity, const Model::Attribute& attribute,
-                          RowInserter out) const;
-
-  void writeUnlistedEntities(const Model::CompositeAttribute& composite, bool listed, RowInserter out) const;
+                          CSVRowSink& out) const;
+  void writeUnlistedEntities(const Columns& columns, const Model::CompositeAttribute& composite, bool listed,
+                             CSVRowSink& out) const;
 
   Model::EntityCollection* m_collection;
   ChronologySet m_chronologies;

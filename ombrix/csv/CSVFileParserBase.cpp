@@ -1,9 +1,11 @@
 #include "ombrix/csv/CSVFileParserBase.h"
 
+#include "ombrix/csv/CSVValueText.h"
 #include "ombrix/log/LogSection.h"
 #include "ombrix/model/Entity.h"
 #include "ombrix/platform/CSVParser.h"
 #include "ombrix/platform/File.h"
+#include "ombrix/platform/FileCloser.h"
 
 #include <cstdio>
 #include <stdexcept>
@@ -45,8 +47,9 @@ bool CSVFileParserBase::parseData(const Table& rows)
 
 CSVFileParserBase::Table CSVFileParserBase::generateData() const
 {
-  Table table;
-  write(std::back_inserter(table));
+  Table table{fileHeader(m_fileVersion, m_additionalHeaderTokens)};
+  writeData(std::back_inserter(table));
+  table.push_back(fileFooter(m_fileVersion));
   return table;
 }
 
@@ -55,8 +58,132 @@ bool CSVFileParserBase::saveAs(const std::string& path) const
   FileSystem::CSVParser parser = makeParser();
   m_fileVersion = csvParserVersion;
   addToLog(LogLevel::Informational, "Saving %s", path.c_str());
-  write(std::back_inserter(parser.rows()));
-  return parser.saveAs(path, false);
+  FileSystem::FilePtr file = FileSystem::fopen(path, "wb");
+  if (!file)
+    return false;
+  // Rows go to the file as they are made: a table of the whole file would cost more than the writing.
+  CSVRowSink sink(parser, file.get());
+  sink.add(fileHeader(m_fileVersion, m_additionalHeaderTokens));
+  writeRows(sink);
+  sink.add(fileFooter(m_fileVersion));
+  const bool written = sink.finish();
+  // Closing flushes; a failure there is a failed write too.
+  return std::fclose(file.release()) == 0 && written;
+}
+
+void CSVFileParserBase::writeRows(CSVRowSink& out) const
+{
+  Table rows;
+  writeData(std::back_inserter(rows));
+  for (Row& row : rows)
+    out.add(std::move(row));
+}
+
+void CSVFileParserBase::writeDataThroughRows(RowInserter out) const
+{
+  Table rows;
+  CSVRowSink sink(rows);
+  writeRows(sink);
+  std::move(rows.begin(), rows.end(), out);
+}
+
+CSVFileParserBase::Columns
+CSVFileParserBase::resolveColumns(const std::set<KorvanSDK::Chronology>& chronologies) const
+{
+  Columns c;
+  c.count = getNumberOfFields();
+  auto at = [&](const std::string& name) { return fieldIndex(name).value_or(noColumn); };
+  c.id = at(fieldEntityID);
+  c.type = at(fieldEntityType);
+  c.fullNames = hasField(fieldEntityFullName);
+  c.name = at(c.fullNames ? fieldEntityFullName : fieldEntityName);
+  c.access = at(fieldAccess);
+  c.path = at(fieldAttributePath);
+  c.attributeType = at(fieldAttributeType);
+  c.unit = at(fieldUnit);
+  for (KorvanSDK::Chronology chronology : chronologies)
+    c.value[static_cast<std::size_t>(chronology)] = at(CSVValueText::columnName(chronology));
+  return c;
+}
+
+void CSVFileParserBase::checkColumnHeader(RowIterator headerRow,
+                                          std::initializer_list<const std::string*> extraKnown,
+                                          std::initializer_list<const std::string*> required) const
+{
+  const std::string place = rowPlace(headerRow);
+  if (headerRow->empty())
+    reportError(place + "Missing column header", true);
+  generateHeaderMap(*headerRow);
+  for (const auto& [name, index] : m_headerMap)
+  {
+    bool known = name == fieldEntityID || name == fieldEntityType || name == fieldEntityName ||
+                 name == fieldEntityFullName || name == fieldAttributePath || name == fieldUnit;
+    for (const std::string* extra : extraKnown)
+      known = known || name == *extra;
+    for (KorvanSDK::Chronology chronology : CSVValueText::allChronologies)
+      known = known || name == CSVValueText::columnName(chronology);
+    if (!known)
+      reportError(place + "Unknown column '" + name + "' in the column header", true);
+  }
+  const std::string& nameColumn = hasField(fieldEntityFullName) ? fieldEntityFullName : fieldEntityName;
+  for (const std::string* column : {&fieldEntityID, &fieldEntityType, &nameColumn})
+  {
+    if (!hasField(*column))
+      reportError(place + "Missing column '" + *column + "' in the column header", true);
+  }
+  for (const std::string* column : required)
+  {
+    if (!hasField(*column))
+      reportError(place + "Missing column '" + *column + "' in the column header", true);
+  }
+}
+
+void CSVFileParserBase::fillIdentity(const Columns& c, const Model::Entity& entity, Row& row) const
+{
+  row[c.id] = Model::toString(entity.getUniqueID());
+  row[c.type] = entity.type();
+  row[c.name] = m_useFullEntityNames ? entity.getName(true) : entity.name();
+}
+
+void CSVFileParserBase::copyIdentity(const Columns& c, const Row& identity, Row& row)
+{
+  row[c.id] = identity[c.id];
+  row[c.type] = identity[c.type];
+  row[c.name] = identity[c.name];
+}
+
+void CSVFileParserBase::RowErrors::error(RowIterator row, const std::string& text)
+{
+  ok = false;
+  base.reportError(base.rowPlace(row) + text, fatal);
+}
+
+void CSVFileParserBase::RowErrors::invalidAttribute(RowIterator row, const std::string& text)
+{
+  ok = false;
+  base.reportInvalidAttribute(base.rowPlace(row) + text, fatal);
+}
+
+bool CSVFileParserBase::RowErrors::checkSize(RowIterator row, std::size_t count)
+{
+  if (row->size() >= count)
+    return true;
+  error(row,
+        "Row has " + std::to_string(row->size()) + " fields, the column header has " + std::to_string(count));
+  return false;
+}
+
+std::optional<Model::EntityID> CSVFileParserBase::RowErrors::entityID(RowIterator row, std::size_t column)
+{
+  try
+  {
+    return Model::EntityID::fromString((*row)[column]);
+  }
+  catch (const std::exception& failure)
+  {
+    error(row, "Invalid entity ID '" + (*row)[column] + "': " + failure.what());
+    return std::nullopt;
+  }
 }
 
 void CSVFileParserBase::generateHeaderMap(const Row& headerRow) const
@@ -248,23 +375,6 @@ bool CSVFileParserBase::read(RowIterator first, RowIterator last)
   // The footer may not stand directly after the header: the search stops short of that row.
   const RowIterator footer = checkFooter(std::next(content), last);
   return readData(content, footer).second;
-}
-
-void CSVFileParserBase::write(RowInserter out) const
-{
-  writeHeader(out);
-  writeData(out);
-  writeFooter(out);
-}
-
-void CSVFileParserBase::writeHeader(RowInserter out) const
-{
-  *out++ = fileHeader(m_fileVersion, m_additionalHeaderTokens);
-}
-
-void CSVFileParserBase::writeFooter(RowInserter out) const
-{
-  *out++ = fileFooter(m_fileVersion);
 }
 
 } // namespace Ombrix

@@ -5,16 +5,21 @@
 
 #include "ombrix/OmbrixExport.h"
 #include "ombrix/csv/AttributeReadError.h"
+#include "ombrix/csv/CSVRowSink.h"
 #include "ombrix/log/LogLevel.h"
 #include "ombrix/log/LogManager.h"
 #include "ombrix/model/EntityID.h"
 #include "ombrix/model/ValueText.h"
+#include "ombrix/sdk/Chronology.h"
 
+#include <array>
 #include <cstdarg>
 #include <cstdint>
+#include <initializer_list>
 #include <iterator>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -57,7 +62,8 @@ public:
   bool parseData(const Table& rows);
   // The complete framed table that saveAs writes.
   Table generateData() const;
-  // Writes the framed table (file version 4); returns false when the file cannot be written.
+  // Writes the framed table (file version 4) straight to the file, in batches of rows; returns false
+  // when the file cannot be written (a file that cannot be opened is left as it was).
   bool saveAs(const std::string& path) const;
   bool save() const { return saveAs(m_fileName); }
 
@@ -91,6 +97,51 @@ protected:
   // Appends the content rows.
   virtual void writeData(RowInserter out) const = 0;
   virtual void processFileModeToken(const std::string&) {}
+  // The content rows for saveAs. The default goes through writeData; a parser that writes large files
+  // overrides it to fill the sink's reused rows, and implements writeData with writeDataThroughRows.
+  virtual void writeRows(CSVRowSink& out) const;
+
+  // writeData in terms of writeRows.
+  void writeDataThroughRows(RowInserter out) const;
+
+  static constexpr std::size_t noColumn = static_cast<std::size_t>(-1);
+  // Positions of the content columns, resolved once per read or write so that rows never look names up;
+  // noColumn for a column the header lacks.
+  struct Columns
+  {
+    std::size_t count = 0;
+    std::size_t id = noColumn, type = noColumn, name = noColumn, access = noColumn, path = noColumn,
+                attributeType = noColumn, unit = noColumn;
+    std::array<std::size_t, 5> value{noColumn, noColumn, noColumn, noColumn, noColumn}; // by chronology
+    bool fullNames = false; // the name column is "FullEntityName"
+  };
+  // The columns of the current header map; value columns only for `chronologies`.
+  Columns resolveColumns(const std::set<KorvanSDK::Chronology>& chronologies) const;
+  // Registers the column-header row and checks it. Throws std::runtime_error naming the row when it is
+  // empty, has a column that is neither an identity, unit or value column nor one of `extraKnown`, or
+  // lacks the ID, type or name column or one of `required` (checked in that order).
+  void checkColumnHeader(RowIterator headerRow, std::initializer_list<const std::string*> extraKnown,
+                         std::initializer_list<const std::string*> required) const;
+  // Fills the ID, type and name columns of `row` for `entity`.
+  void fillIdentity(const Columns& columns, const Model::Entity& entity, Row& row) const;
+  // Copies those three columns from a row filled by fillIdentity.
+  static void copyIdentity(const Columns& columns, const Row& identity, Row& row);
+
+  // The error state of one read: each report names the row, clears `ok` and, when fatal, throws.
+  struct RowErrors
+  {
+    explicit RowErrors(const CSVFileParserBase& owner) : base(owner), fatal(owner.getFatalErrors()) {}
+    void error(RowIterator row, const std::string& text);
+    void invalidAttribute(RowIterator row, const std::string& text);
+    // Reports a row shorter than the column header; false for such a row.
+    bool checkSize(RowIterator row, std::size_t count);
+    // The entity ID in `column`; empty after reporting a malformed one.
+    std::optional<Model::EntityID> entityID(RowIterator row, std::size_t column);
+
+    const CSVFileParserBase& base;
+    bool fatal;
+    bool ok = true;
+  };
 
   void generateHeaderMap(const Row& headerRow) const;
   bool hasField(const std::string& name) const { return m_headerMap.count(name) != 0; }
@@ -130,9 +181,6 @@ private:
   static bool isSupportedVersion(std::size_t version) { return version == csvParserVersion; }
 
   bool read(RowIterator first, RowIterator last);
-  void write(RowInserter out) const;
-  void writeHeader(RowInserter out) const;
-  void writeFooter(RowInserter out) const;
   RowIterator checkHeader(RowIterator first, RowIterator last);
   RowIterator checkFooter(RowIterator first, RowIterator last) const;
   [[noreturn]] void frameError(const std::string& message) const;

@@ -131,6 +131,19 @@ TEST_F(CSVDataFileParserTest, OutThenInRoundTrip)
   EXPECT_EQ(at(solver, EntityID(3, 17), "Count").getIntValue(Chronology::Current, false), 42);
 }
 
+TEST_F(CSVDataFileParserTest, LargeFileIsTheTextOfTheGeneratedTable)
+{
+  addCells(solver, 500); // more rows than one write batch
+  CSVDataFileParser out(solver, initialAndCurrent);
+  ASSERT_TRUE(out.saveAs(outPath));
+  const std::string text = OmbrixTest::readFile(outPath);
+  EXPECT_EQ(text, joined(out.generateData()));
+  EXPECT_NE(text.find("\n114-17,Cell,\"C,14\",Value9,9.014000,9.014000,Pa\n"), std::string::npos);
+
+  EXPECT_FALSE(out.saveAs(dir.file("missing/out.csv")));
+  EXPECT_FALSE(std::filesystem::exists(dir.file("missing")));
+}
+
 TEST_F(CSVDataFileParserTest, RoundTripNumberFormatIsBitIdentical)
 {
   at(solver, EntityID(3, 17), "Speed").setDoubleValue(1e-7, Chronology::Current, false);
@@ -295,6 +308,33 @@ TEST_F(CSVDataFileParserTest, BadRowsAreReportedWithFileAndRowAndNothingIsApplie
     EXPECT_EQ(at(solver, EntityID(3, 17), "Count").getIntValue(Chronology::Current, false), 77);
     at(solver, EntityID(3, 17), "Count").setIntValue(-7, Chronology::Current, false);
   }
+}
+
+TEST_F(CSVDataFileParserTest, EntitiesSharingAnIDAreToldApartByTypeAndName)
+{
+  for (const char* name : {"T1", "T2", "T3"})
+  {
+    auto tank = makeEntity("Tank", name, EntityID(8, 8));
+    addDouble(*tank, "Level", AccessType::ReadWrite, 0.0, "m");
+    solver.addRootEntity(std::move(tank));
+  }
+  OmbrixTest::writeFile(inPath, framed(header + sc + "Results.Iteration,12,\n" + "8-8,Tank,T3,Level,3,m\n" +
+                                       "8-8,Tank,T1,Level,1,m\n" + "8-8,Tank,T2,Level,2,m\n"));
+  CSVDataFileParser reader(solver, {Chronology::Current});
+  reader.setSkipReadOnly(true);
+  EXPECT_TRUE(reader.parseFile(inPath));
+  for (std::size_t i = 0; i < solver.size(); ++i)
+  {
+    if (solver[i]->type() != "Tank")
+      continue;
+    EXPECT_EQ(solver[i]->getAttribute(AttributePath("Level")).getDoubleValue(Chronology::Current, false),
+              solver[i]->name() == "T1"   ? 1.0
+              : solver[i]->name() == "T2" ? 2.0
+                                          : 3.0);
+  }
+  OmbrixTest::writeFile(inPath, framed(header + sc + "Results.Iteration,12,\n8-8,Tank,T4,Level,4,m\n"));
+  EXPECT_THROW_MSG(reader.parseFile(inPath), std::runtime_error,
+                   inPath + ", row 4: Unable to match entity ID with name 8-8 'Tank' 'T4'");
 }
 
 TEST_F(CSVDataFileParserTest, IgnoreNonExisting)

@@ -202,6 +202,22 @@ TEST_F(CSVDefinitionFileParserTest, RoundTripRebuildsAnEqualCollection)
   EXPECT_TRUE(logged("3-17:Geometry.Diameter Processing Attribute"));
 }
 
+TEST_F(CSVDefinitionFileParserTest, LargeFileIsTheTextOfTheGeneratedTable)
+{
+  EntityCollection source;
+  buildModel(source);
+  addCells(source, 400); // more rows than one write batch
+  CSVDefinitionFileParser writer(source);
+  writer.setChronologies({Chronology::Initial, Chronology::Current});
+  ASSERT_TRUE(writer.saveAs(path));
+  EXPECT_EQ(OmbrixTest::readFile(path), joined(writer.generateData()));
+  EntityCollection target;
+  CSVDefinitionFileParser reader(target);
+  ASSERT_TRUE(reader.parseFile(path));
+  EXPECT_EQ(target.size(), source.size());
+  EXPECT_FALSE(writer.saveAs(dir.file("missing/def.csv")));
+}
+
 TEST_F(CSVDefinitionFileParserTest, FixedNotationLosesSmallNumbersRoundTripKeepsThem)
 {
   for (auto format : {NumberFormat::Fixed, NumberFormat::RoundTrip})
@@ -286,6 +302,13 @@ TEST_F(CSVDefinitionFileParserTest, BadRowsNameFileAndRow)
        ", row 3: Invalid value 'maybe' in InitialValue of 2-2:A: Invalid bool text 'maybe'", true},
       {"bad link word", header + p + "ReadWrite,L,List,R|Has:3-3,\n", ", row 3: Unsupported link type Has",
        true},
+      {"composite reported as owner",
+       header + p + "ReadWrite,G,Composite,R|Owns:3-3,\n3-3,Item,I,ReadWrite,,Entity,,\n",
+       ", row 3: Reported owner not a link, list or array (2-2:G is of type Composite)", true},
+      {"entity attribute reported as owner", header + p + "ReadWrite,E,Entity,R|Links:3-3,\n",
+       ", row 3: Reported owner not a link, list or array (2-2:E is of type Entity)", true},
+      {"entity row reported as owner", header + p + "ReadWrite,,Entity,R|Owns:3-3,\n",
+       ", row 3: Reported owner not a link, list or array (2-2 is of type Entity)", true},
       {"link holding two", header + p + "ReadWrite,L,Link,R|Owns:3-3|Owns:4-4,\n",
        ", row 3: Unsupported link type Link holding 2 entities in 2-2:L", true},
       {"held entity missing", header + p + "ReadWrite,L,List,R|Owns:3-3,\n",

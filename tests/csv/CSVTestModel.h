@@ -10,6 +10,7 @@
 #include "ombrix/model/ListAttribute.h"
 #include "ombrix/model/ShortcutAttribute.h"
 #include "ombrix/model/ValueAttribute.h"
+#include "ombrix/platform/CSVParser.h"
 
 #include "support/TestSupport.h"
 
@@ -121,6 +122,28 @@ inline void buildModel(EntityCollection& collection)
   add<IntAttribute>(*slot, AttributeType::Int, "Value", AccessType::ReadOnly).set(9, Chronology::Initial);
   slots.addEntity(std::move(slot));
   collection.addRootEntity(std::move(pump));
+}
+
+// `count` more root entities of ten doubles each (IDs from 100), enough rows for several write batches;
+// every seventh name needs quotes in a file.
+inline void addCells(EntityCollection& collection, int count)
+{
+  for (int e = 0; e < count; ++e)
+  {
+    auto cell = makeEntity("Cell", e % 7 == 0 ? "C," + std::to_string(e) : "C" + std::to_string(e),
+                           EntityID(100 + e, 17));
+    for (int a = 0; a < 10; ++a)
+      addDouble(*cell, "Value" + std::to_string(a), AccessType::ReadWrite, e * 0.001 + a, "Pa");
+    collection.addRootEntity(std::move(cell));
+  }
+}
+
+// The text that a file of exactly these rows has.
+inline std::string joined(const std::vector<std::vector<std::string>>& rows)
+{
+  FileSystem::CSVParser parser(',', false, false, '\n', true);
+  parser.rows() = rows;
+  return parser.toText();
 }
 
 // Each test gets its own log file at level Informational; the log is switched off afterwards.

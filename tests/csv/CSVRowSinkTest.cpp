@@ -1,0 +1,103 @@
+#include "ombrix/csv/CSVRowSink.h"
+
+#include "ombrix/platform/FileCloser.h"
+
+#include "support/TestSupport.h"
+
+namespace
+{
+
+using Ombrix::CSVRowSink;
+using Row = CSVRowSink::Row;
+using Table = CSVRowSink::Table;
+
+FileSystem::CSVParser makeParser()
+{
+  return FileSystem::CSVParser(',', false, false, '\n', true);
+}
+
+// Rows of changing widths, including fields that need quotes, a single empty field and an empty row,
+// so that reused rows must shrink, grow and lose their old text.
+Table varyingRows(std::size_t count)
+{
+  const char* const special[] = {"a,b", "say \"hi\"", "two\nlines", "", " padded "};
+  Table rows;
+  for (std::size_t i = 0; i < count; ++i)
+  {
+    Row row((i * 7) % 5);
+    for (std::size_t f = 0; f < row.size(); ++f)
+      row[f] = (i + f) % 11 == 0 ? special[(i + f) % 5] : "r" + std::to_string(i) + "c" + std::to_string(f);
+    if (i % 97 == 0)
+      row = Row{""};
+    rows.push_back(std::move(row));
+  }
+  return rows;
+}
+
+void fill(CSVRowSink& sink, const Table& rows)
+{
+  for (std::size_t i = 0; i < rows.size(); ++i)
+  {
+    if (i % 3 == 0)
+    {
+      sink.add(rows[i]);
+      continue;
+    }
+    Row& row = sink.newRow(rows[i].size());
+    for (std::size_t f = 0; f < row.size(); ++f)
+    {
+      EXPECT_TRUE(row[f].empty());
+      row[f] = rows[i][f];
+    }
+  }
+}
+
+TEST(CSVRowSink, TableReceivesTheRowsInOrder)
+{
+  const Table rows = varyingRows(50);
+  Table table;
+  CSVRowSink sink(table);
+  fill(sink, rows);
+  EXPECT_TRUE(sink.finish());
+  EXPECT_EQ(table, rows);
+}
+
+TEST(CSVRowSink, FileGetsTheTextOfTheWholeTableAcrossBatches)
+{
+  for (const std::size_t count : {std::size_t(0), std::size_t(1), std::size_t(2048), std::size_t(5000)})
+  {
+    SCOPED_TRACE(count);
+    const Table rows = varyingRows(count);
+    OmbrixTest::TempDir dir;
+    const std::string path = dir.file("rows.csv");
+    FileSystem::FilePtr file = FileSystem::fopen(path, "wb");
+    ASSERT_TRUE(file);
+    FileSystem::CSVParser batch = makeParser();
+    CSVRowSink sink(batch, file.get());
+    fill(sink, rows);
+    EXPECT_TRUE(sink.finish());
+    file.reset();
+
+    FileSystem::CSVParser whole = makeParser();
+    whole.rows() = rows;
+    EXPECT_EQ(OmbrixTest::readFile(path), whole.toText());
+    FileSystem::CSVParser reader = makeParser();
+    reader.parseFile(path);
+    EXPECT_EQ(reader.rows(), rows);
+  }
+}
+
+TEST(CSVRowSink, FailedWriteIsReportedByFinish)
+{
+  OmbrixTest::TempDir dir;
+  const std::string path = dir.file("readonly.csv");
+  OmbrixTest::writeFile(path, "");
+  FileSystem::FilePtr file = FileSystem::fopen(path, "rb");
+  ASSERT_TRUE(file);
+  FileSystem::CSVParser batch = makeParser();
+  CSVRowSink sink(batch, file.get());
+  fill(sink, varyingRows(10));
+  EXPECT_FALSE(sink.finish());
+}
+
+} // namespace
