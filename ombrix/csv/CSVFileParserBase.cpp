@@ -26,18 +26,29 @@ FileSystem::CSVParser makeParser()
 bool CSVFileParserBase::parseFile(const std::string& path)
 {
   m_fileName = path;
-  FileSystem::CSVParser parser = makeParser();
   addToLog(LogLevel::Informational, "Reading %s", path.c_str());
   if (!FileSystem::File::exists(path))
   {
     addToLog(LogLevel::Warning, "File does not exist : %s", path.c_str());
     return false;
   }
-  parser.parseFile(path, false, false, true);
+  if (!m_readCache.parser)
+    m_readCache.parser = std::make_unique<FileSystem::CSVParser>(makeParser());
+  m_readCache.parser->parseFile(path, false, false, true);
   m_additionalHeaderTokens.clear();
-  const Table& rows = parser.rows();
+  const Table& rows = m_readCache.parser->rows();
   return read(rows.begin(), rows.end());
 }
+
+CSVFileParserBase::ReadCache::ReadCache() = default;
+CSVFileParserBase::ReadCache::ReadCache(const ReadCache&) {}
+CSVFileParserBase::ReadCache::ReadCache(ReadCache&&) noexcept = default;
+CSVFileParserBase::ReadCache& CSVFileParserBase::ReadCache::operator=(const ReadCache&)
+{
+  return *this;
+}
+CSVFileParserBase::ReadCache& CSVFileParserBase::ReadCache::operator=(ReadCache&&) noexcept = default;
+CSVFileParserBase::ReadCache::~ReadCache() = default;
 
 bool CSVFileParserBase::parseData(const Table& rows)
 {

@@ -18,6 +18,7 @@
 #include <initializer_list>
 #include <iterator>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -28,6 +29,11 @@
 namespace Ombrix::Model
 {
 class Entity;
+}
+
+namespace FileSystem
+{
+class CSVParser;
 }
 
 namespace Ombrix
@@ -193,6 +199,20 @@ private:
   bool m_fatalErrors = true;
   Model::NumberFormat m_numberFormat = Model::NumberFormat::Fixed;
   RowIterator m_tableBegin{}; // first row of the table being read, for row numbers
+
+  // The splitter of parseFile, kept so that the storage of one file's rows serves the next file read (an
+  // exchange reads a file of the same shape every iteration). A copied parser starts without one.
+  struct ReadCache
+  {
+    ReadCache();
+    ReadCache(const ReadCache&);
+    ReadCache(ReadCache&&) noexcept;
+    ReadCache& operator=(const ReadCache&);
+    ReadCache& operator=(ReadCache&&) noexcept;
+    ~ReadCache();
+    std::unique_ptr<FileSystem::CSVParser> parser;
+  };
+  ReadCache m_readCache;
 };
 
 } // namespace Ombrix

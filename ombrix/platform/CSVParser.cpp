@@ -55,7 +55,7 @@ void CSVParser::parseInto(std::string_view text, bool append, bool skipEmptyRows
     const std::size_t kept = m_rows.size();
     try
     {
-      split(text, m_rows, skipEmptyRows, acceptCRLF, source);
+      split(text, m_rows, skipEmptyRows, acceptCRLF, source, kept);
     }
     catch (...)
     {
@@ -65,14 +65,15 @@ void CSVParser::parseInto(std::string_view text, bool append, bool skipEmptyRows
   }
   else
   {
-    Table table;
-    split(text, table, skipEmptyRows, acceptCRLF, source);
-    m_rows.swap(table);
+    // Split into the spare table, whose rows and fields keep their storage from an earlier parse, so that
+    // reading files of the same shape again allocates next to nothing; rows() stays intact on failure.
+    split(text, m_spare, skipEmptyRows, acceptCRLF, source, 0);
+    m_rows.swap(m_spare);
   }
 }
 
 void CSVParser::split(std::string_view text, Table& out, bool skipEmptyRows, bool acceptCRLF,
-                      const std::string& source) const
+                      const std::string& source, std::size_t first) const
 {
   const char separator = m_separator;
   const char lineEnd = m_lineEnd;
@@ -85,21 +86,36 @@ void CSVParser::split(std::string_view text, Table& out, bool skipEmptyRows, boo
   { return dropCR && data[i] == '\r' && (i + 1 == size || data[i + 1] == lineEnd); };
   const auto isTrimmed = [&](char c) { return (c == ' ' || c == '\t') && c != separator && c != lineEnd; };
 
-  out.reserve(out.size() + static_cast<std::size_t>(std::count(text.begin(), text.end(), lineEnd)) + 1);
-  std::size_t fieldsOfLastRow = 0;
+  out.reserve(first + static_cast<std::size_t>(std::count(text.begin(), text.end(), lineEnd)) + 1);
+  // Rows from `first` on are overwritten in place, reusing their fields' storage; the rest is appended.
+  std::size_t rowCount = first;
+  const auto nextRow = [&]() -> Row&
+  {
+    if (rowCount == out.size())
+      out.emplace_back();
+    return out[rowCount++];
+  };
   std::size_t pos = 0;
   while (pos < size)
   {
     if (data[pos] == lineEnd || isLineEndCR(pos))
     {
       if (!skipEmptyRows)
-        out.emplace_back();
+        nextRow().clear();
       pos = std::min(size, pos + (data[pos] == lineEnd ? 1 : 2));
       continue;
     }
 
-    Row row;
-    row.reserve(fieldsOfLastRow);
+    Row& row = nextRow();
+    std::size_t fieldCount = 0;
+    const auto setField = [&](const char* begin, std::size_t length)
+    {
+      if (fieldCount < row.size())
+        row[fieldCount].assign(begin, length);
+      else
+        row.emplace_back(begin, length);
+      ++fieldCount;
+    };
     bool rowDone = false;
     while (!rowDone)
     {
@@ -136,11 +152,11 @@ void CSVParser::split(std::string_view text, Table& out, bool skipEmptyRows, boo
             close = next;
             break;
           }
-          row.push_back(std::move(value));
+          setField(value.data(), value.size());
         }
         else
         {
-          row.emplace_back(data + start + 1, close - start - 1);
+          setField(data + start + 1, close - start - 1);
         }
 
         pos = close + 1;
@@ -180,7 +196,7 @@ void CSVParser::split(std::string_view text, Table& out, bool skipEmptyRows, boo
           while (fieldEnd > start && isTrimmed(data[fieldEnd - 1]))
             --fieldEnd;
         }
-        row.emplace_back(data + start, fieldEnd - start);
+        setField(data + start, fieldEnd - start);
         if (end == size)
         {
           pos = size;
@@ -193,9 +209,9 @@ void CSVParser::split(std::string_view text, Table& out, bool skipEmptyRows, boo
         }
       }
     }
-    fieldsOfLastRow = row.size();
-    out.push_back(std::move(row));
+    row.resize(fieldCount);
   }
+  out.resize(rowCount);
 }
 
 bool CSVParser::needsQuotes(std::string_view field) const

@@ -37,6 +37,8 @@ public:
             bool quoting = true);
 
   // Reads the whole file and splits it; the rows replace rows(), or are appended after them with `append`.
+  // A parser keeps the rows it replaces and reuses their storage for the next parse, so that a parser
+  // used for every iteration's file does not allocate its rows anew each time (clear() releases them).
   // Returns true. Throws std::runtime_error when the file cannot be read ("Cannot read CSV file '<path>'")
   // and when the text is malformed (a quoted field that is not closed, or text after a closing quote);
   // rows() is left as it was when it throws.
@@ -54,11 +56,16 @@ public:
 
   Table& rows() { return m_rows; }
   const Table& rows() const { return m_rows; }
-  void clear() { m_rows.clear(); }
+  // Drops the rows and the storage kept for the next parse.
+  void clear()
+  {
+    m_rows.clear();
+    m_spare.clear();
+  }
 
 private:
   void split(std::string_view text, Table& out, bool skipEmptyRows, bool acceptCRLF,
-             const std::string& source) const;
+             const std::string& source, std::size_t first) const;
   void parseInto(std::string_view text, bool append, bool skipEmptyRows, bool acceptCRLF,
                  const std::string& source);
   bool needsQuotes(std::string_view field) const;
@@ -70,6 +77,7 @@ private:
   char m_lineEnd;
   bool m_quoting;
   Table m_rows;
+  Table m_spare; // the rows of the parse before last, kept for their storage
 };
 
 } // namespace FileSystem

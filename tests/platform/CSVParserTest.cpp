@@ -171,6 +171,40 @@ TEST(CSVParser, AppendsOrReplacesRows)
   EXPECT_TRUE(parser.rows().empty());
 }
 
+TEST(CSVParser, AParserReusedForTextsOfOtherShapesGivesWhatAFreshOneGives)
+{
+  // Each parse reuses the rows of the parse before last: longer, shorter, emptied and failed tables in
+  // turn must not leave fields of an earlier text behind.
+  const std::vector<std::string> texts = {"a,b,c\nd,e,f\ng,h,i\n",
+                                          "x\n\ny,z\n",
+                                          "long field number one,\"q,\"\"\",2\n1,2,3,4,5\n",
+                                          "",
+                                          "a,b,c\nd,e,f\ng,h,i\nj\n",
+                                          "one\n",
+                                          "\"broken\n",
+                                          "p,q\nr\n"};
+  CSVParser reused;
+  Table previous;
+  for (const auto& text : texts)
+  {
+    SCOPED_TRACE(text);
+    CSVParser fresh;
+    try
+    {
+      fresh.parseText(text);
+    }
+    catch (const std::runtime_error&)
+    {
+      EXPECT_THROW(reused.parseText(text), std::runtime_error);
+      EXPECT_EQ(reused.rows(), previous); // a failed parse leaves the rows as they were
+      continue;
+    }
+    reused.parseText(text);
+    EXPECT_EQ(reused.rows(), fresh.rows());
+    previous = fresh.rows();
+  }
+}
+
 TEST(CSVParser, SavesToFiles)
 {
   OmbrixTest::TempDir dir;
