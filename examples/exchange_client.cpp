@@ -99,6 +99,10 @@ private:
 
     m_account = TimeAccount{}; // the exchanges alone, not the start-up
     Stopwatch total;
+    // One parser for the whole run: it keeps the storage of the last file read for the next one. The
+    // solver's read-only results are taken as they are.
+    Ombrix::CSVDataFileParser parser(m_model, {Chronology::Current});
+    parser.setKorvanSDK(true);
     long exchanges = 0;
     double probe = 0;
     double flux = 0;
@@ -111,9 +115,6 @@ private:
         crash("client", exchanges);
       m_side.setState(SolveState::Client_Solving);
       watch.lap();
-      // The solver's file: its read-only results are taken as they are.
-      Ombrix::CSVDataFileParser parser(m_model, {Chronology::Current});
-      parser.setKorvanSDK(true);
       Ombrix::InFileReader(m_options).read(parser, m_files.getOutFile());
       m_account.files += watch.lap();
       const Ombrix::CSVSimulationTime simulated = parser.getFileSimulationTime();

@@ -163,6 +163,8 @@ public:
     if (m_rod.temperature.size() < 2 || m_steps < 1 || !(m_timeStep > 0) || m_syncInterval < 1)
       throw std::invalid_argument("cells >= 2, steps >= 1, time-step > 0 and sync-interval >= 1 are needed");
     buildModel(m_model, m_rod, arguments.number("field-entities"));
+    // in.csv carries the whole model back; only what the client may write is taken from it.
+    m_parser.setSkipReadOnly(true);
     Entity* solid = m_model.getEntity(EntityID(2, 1));
     m_probe = &solid->getAttribute(AttributePath("Probe.Temperature"));
     m_mean = &solid->getAttribute(AttributePath("Mean Temperature"));
@@ -299,7 +301,8 @@ private:
   void exchange(long step)
   {
     Stopwatch watch;
-    Ombrix::CSVDataFileParser parser(m_model, {Chronology::Current});
+    // One parser for the whole run: it keeps the storage of the last file read for the next one.
+    Ombrix::CSVDataFileParser& parser = m_parser;
     const std::string outFile = m_files.getOutFile();
     if (!parser.saveAs(outFile))
       throw ExchangeFailure("cannot write " + outFile);
@@ -309,8 +312,6 @@ private:
 
     watch.lap();
     const std::string inFile = m_files.getInFile();
-    // in.csv carries the whole model back; only what the client may write is taken from it.
-    parser.setSkipReadOnly(true);
     Ombrix::InFileReader(m_options).read(parser, inFile);
     m_account.files += watch.lap();
     if (!parser.hasFileSimulationTime() || parser.getFileSimulationTime().getIteration() != step)
@@ -331,6 +332,7 @@ private:
   long m_crashAt;
   bool m_verbose;
   EntityCollection m_model;
+  Ombrix::CSVDataFileParser m_parser{m_model, {Chronology::Current}};
   Attribute* m_probe = nullptr;
   Attribute* m_mean = nullptr;
   Attribute* m_heater = nullptr;
