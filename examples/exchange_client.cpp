@@ -59,7 +59,8 @@ public:
                m_files.getOutAliveFile(), m_options, static_cast<int>(arguments.number("timeout-ms"))),
         m_controller(arguments.real("set-point"), arguments.real("gain"), arguments.real("reset-time"),
                      arguments.real("max-flux")),
-        m_crashAt(arguments.number("crash-at")), m_verbose(arguments.number("verbose") != 0)
+        m_crashAt(arguments.number("crash-at")), m_settledWithin(arguments.real("end-when-settled")),
+        m_verbose(arguments.number("verbose") != 0)
   {
     if (!(arguments.real("reset-time") > 0) || !(arguments.real("max-flux") > 0))
       throw std::invalid_argument("reset-time and max-flux must be positive");
@@ -104,6 +105,7 @@ private:
     Ombrix::CSVDataFileParser parser(m_model, {Chronology::Current});
     parser.setKorvanSDK(true);
     long exchanges = 0;
+    int settled = 0; // consecutive exchanges with the probe within m_settledWithin of the set point
     double probe = 0;
     double flux = 0;
     double time = 0;
@@ -124,6 +126,13 @@ private:
       flux = m_controller.answer(probe, dt);
       // Through the shortcut: the value lands on the left end's heat flux, inside the rod's list.
       solid->getAttribute(AttributePath("Heater Flux")).setDoubleValue(flux, Chronology::Current, false);
+      settled = std::abs(probe - m_controller.getSetPoint()) <= m_settledWithin ? settled + 1 : 0;
+      if (settled == 3)
+      {
+        // Settled for three exchanges: answer "END" instead of the iteration, and the solver stops.
+        parser.setIterationWord(Ombrix::CSVDataFileParser::iterationEnd);
+        std::printf("client: settled within %.3f K, asking the solver to end\n", m_settledWithin);
+      }
       m_account.compute += watch.lap();
       if (!parser.saveAs(m_files.getInFile()))
         throw ExchangeFailure("cannot write " + m_files.getInFile());
@@ -157,6 +166,7 @@ private:
   Side m_side;
   Controller m_controller;
   long m_crashAt;
+  double m_settledWithin; // K; 0: never ask the solver to end
   bool m_verbose;
   EntityCollection m_model;
   TimeAccount m_account;
@@ -167,6 +177,6 @@ private:
 int main(int argc, char** argv)
 {
   auto known = commonOptions();
-  known.insert({{"set-point", "330"}, {"gain", "4000"}, {"reset-time", "60"}, {"max-flux", "60000"}});
+  known.insert({{"set-point", "330"}, {"gain", "4000"}, {"reset-time", "60"}, {"max-flux", "60000"}, {"end-when-settled", "0"}});
   return runProgram<Client>("exchange_client", argc, argv, known);
 }

@@ -209,8 +209,11 @@ private:
     m_account = TimeAccount{}; // the exchanges alone, not the start-up
     Stopwatch total;
     long exchanges = 0;
-    for (long step = 1; step <= m_steps; ++step)
+    long steps = 0;
+    bool endRequested = false;
+    for (long step = 1; step <= m_steps && !endRequested; ++step)
     {
+      steps = step;
       Stopwatch watch;
       const double change = m_rod.step(m_heater->getDoubleValue(Chronology::Current, false), m_timeStep);
       m_rod.ambient = m_ambient->getDoubleValue(Chronology::Current, false);
@@ -222,13 +225,15 @@ private:
         ++exchanges;
         if (exchanges == m_crashAt)
           crash("solver", exchanges);
-        exchange(step);
+        endRequested = exchange(step);
       }
       if (m_verbose || sync)
         std::printf("step %3ld  t %7.1f s  probe %8.3f K  heater flux %9.1f W/m^2%s\n", step,
                     static_cast<double>(step) * m_timeStep,
                     m_probe->getDoubleValue(Chronology::Current, false),
                     m_heater->getDoubleValue(Chronology::Current, false), sync ? "" : "  (no exchange)");
+      if (endRequested)
+        std::printf("solver: the client asks to end after step %ld\n", step);
       std::fflush(stdout);
     }
     const double wall = total.lap();
@@ -239,7 +244,7 @@ private:
     std::printf(
         "solver: finished %ld steps (%ld exchanges), simulated %.1f s; probe %.3f K, heater flux %.1f "
         "W/m^2\n",
-        m_steps, exchanges, static_cast<double>(m_steps) * m_timeStep,
+        steps, exchanges, static_cast<double>(steps) * m_timeStep,
         m_probe->getDoubleValue(Chronology::Current, false),
         m_heater->getDoubleValue(Chronology::Current, false));
     std::printf("solver: wall time per exchange %.1f ms: waiting for the client %.1f ms, data files %.1f ms, "
@@ -298,7 +303,8 @@ private:
 
   // One synchronised exchange: out.csv and our state, the client's answer, in.csv, then the
   // acknowledgement that keeps both state files strictly alternating (no state is ever read twice).
-  void exchange(long step)
+  // Returns whether the client asked to end the solve ("END" in its iteration field).
+  bool exchange(long step)
   {
     Stopwatch watch;
     // One parser for the whole run: it keeps the storage of the last file read for the next one.
@@ -319,6 +325,7 @@ private:
     m_side.setState(SolveState::CFDSolver_Solving);
     m_side.waitFor({SolveState::Client_WaitForData}, m_account);
     m_files.increaseSequentialFileCounter(1);
+    return m_parser.isEndRequested();
   }
 
   Ombrix::CSVEventHandlerOptions m_options;

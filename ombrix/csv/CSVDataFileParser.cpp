@@ -6,6 +6,7 @@
 #include "ombrix/model/ShortcutAttribute.h"
 #include "ombrix/model/SolutionControlConst.h"
 
+#include <stdexcept>
 #include <string_view>
 #include <unordered_map>
 
@@ -65,10 +66,24 @@ void CSVDataFileParser::writeRows(CSVRowSink& out) const
   }
 }
 
+void CSVDataFileParser::setIterationWord(const std::string& word)
+{
+  if (!word.empty() && word != iterationNow && word != iterationEnd)
+    throw std::invalid_argument("Iteration word must be \"" + iterationNow + "\", \"" + iterationEnd +
+                                "\" or empty, not \"" + word + "\"");
+  m_iterationWord = word;
+}
+
 void CSVDataFileParser::writeSolutionControl(CSVRowSink& out) const
 {
-  if (const Entity* entity = solutionControlEntity())
-    writeEntity(*entity, out);
+  const Entity* entity = solutionControlEntity();
+  if (!entity)
+    return;
+  m_wordTarget = m_iterationWord.empty()
+                     ? nullptr
+                     : entity->findAttribute(m_collection->getSolutionControlDefinition().getIterationPath());
+  writeEntity(*entity, out);
+  m_wordTarget = nullptr;
 }
 
 void CSVDataFileParser::writeEntity(const Entity& entity, CSVRowSink& out) const
@@ -98,8 +113,13 @@ void CSVDataFileParser::writeAttributeRows(const Columns& c, const Row& identity
     copyIdentity(c, identity, row);
     row[c.path].append(pathPrefix).append(attribute.type());
     for (Chronology chronology : m_chronologies)
-      CSVValueText::appendValue(row[c.value[static_cast<std::size_t>(chronology)]], attribute, chronology,
-                                getNumberFormat());
+    {
+      std::string& field = row[c.value[static_cast<std::size_t>(chronology)]];
+      if (&attribute == m_wordTarget)
+        field = m_iterationWord;
+      else
+        CSVValueText::appendValue(field, attribute, chronology, getNumberFormat());
+    }
     row[c.unit] = attribute.getUnit();
   }
   else if (type == AttributeType::Composite || type == AttributeType::Entity)

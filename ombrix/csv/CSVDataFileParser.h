@@ -60,6 +60,12 @@ public:
   // Whether the last file read carried "END" in its iteration field.
   bool isEndRequested() const { return m_endRequested; }
 
+  // What the writer puts in the iteration field of the solution-control block: "" (the default) the
+  // iteration itself; iterationNow or iterationEnd instead of it, for a client that does not track
+  // iterations or that asks the solver to stop. Throws std::invalid_argument for any other text.
+  void setIterationWord(const std::string& word);
+  const std::string& getIterationWord() const { return m_iterationWord; }
+
   // The simulation time of the iteration, transient, time and time-step fields of the solution-control
   // block. "NOW" and "END" give the collection's current point (solution control at `chronology`);
   // "END" also sets isEndRequested. Empty when the iteration is neither a number nor one of the words,
@@ -97,6 +103,8 @@ private:
   bool m_korvanSDK = false;
   std::optional<CSVSimulationTime> m_fileTime;
   bool m_endRequested = false;
+  std::string m_iterationWord;
+  mutable const Model::Attribute* m_wordTarget = nullptr; // the iteration attribute while it is written
 };
 
 } // namespace Ombrix

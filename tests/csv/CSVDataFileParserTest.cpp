@@ -218,6 +218,38 @@ TEST_F(CSVDataFileParserTest, SimulationTimeFromTheSolutionControlRows)
   EXPECT_TRUE(trusted.parseFile(inPath));
 }
 
+TEST_F(CSVDataFileParserTest, AWriterAnswersNowOrEndInsteadOfTheIteration)
+{
+  at(client, EntityID(1, 1), "Results.Iteration").setIntValue(7, Chronology::Current, false);
+  struct Case
+  {
+    std::string word;
+    std::string field; // what the iteration row carries
+    int iteration;     // the file's iteration as the solver reads it (its own is 12)
+    bool end;
+  };
+  for (const Case& c : {Case{"", "7", 7, false}, Case{"NOW", "NOW", 12, false}, Case{"END", "END", 12, true}})
+  {
+    SCOPED_TRACE(c.word);
+    CSVDataFileParser writer(client, {Chronology::Initial, Chronology::Current});
+    writer.setIterationWord(c.word);
+    ASSERT_TRUE(writer.saveAs(inPath));
+    const std::string text = OmbrixTest::readFile(inPath);
+    const std::string initial = c.word.empty() ? "0" : c.word; // both columns carry the word
+    EXPECT_NE(text.find(sc + "Results.Iteration," + initial + "," + c.field + ",\n"), std::string::npos) << text;
+
+    CSVDataFileParser reader(solver, {Chronology::Current});
+    reader.setSkipReadOnly(true);
+    ASSERT_TRUE(reader.parseFile(inPath));
+    EXPECT_EQ(reader.getFileSimulationTime().getIteration(), c.iteration);
+    EXPECT_EQ(reader.isEndRequested(), c.end);
+  }
+  CSVDataFileParser writer(client, {Chronology::Current});
+  EXPECT_THROW_MSG(writer.setIterationWord("now"), std::invalid_argument,
+                   "Iteration word must be \"NOW\", \"END\" or empty, not \"now\"");
+  EXPECT_EQ(writer.getIterationWord(), "");
+}
+
 TEST_F(CSVDataFileParserTest, ShortcutsWriteThroughToTheirTargets)
 {
   OmbrixTest::writeFile(inPath, framed(header + sc + "Results.Iteration,12,\n" +
