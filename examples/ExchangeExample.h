@@ -116,9 +116,12 @@ inline Ombrix::CSVEventHandlerOptions exchangeOptions(const Arguments& arguments
   options.inFileTryAttempts = 5;
   options.solverHeartBeatInterval = static_cast<std::int32_t>(arguments.number("heartbeat"));
   options.clientHeartBeatGracePeriod = static_cast<std::int32_t>(arguments.number("grace"));
+  // Stamps are whole seconds and a stamp is rewritten a little after each interval, so a live partner's
+  // stamp can look up to interval + 1 s old: a shorter grace period would judge it dead.
   if (options.solverHeartBeatInterval < 1 ||
-      options.clientHeartBeatGracePeriod <= options.solverHeartBeatInterval)
-    throw std::invalid_argument("the heartbeat must be at least 1 s and the grace period longer than it");
+      options.clientHeartBeatGracePeriod < options.solverHeartBeatInterval + 2)
+    throw std::invalid_argument(
+        "the heartbeat must be at least 1 s and the grace period at least 2 s longer");
   return options;
 }
 

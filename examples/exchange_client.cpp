@@ -177,6 +177,10 @@ private:
 int main(int argc, char** argv)
 {
   auto known = commonOptions();
-  known.insert({{"set-point", "330"}, {"gain", "4000"}, {"reset-time", "60"}, {"max-flux", "60000"}, {"end-when-settled", "0"}});
+  known.insert({{"set-point", "330"},
+                {"gain", "4000"},
+                {"reset-time", "60"},
+                {"max-flux", "60000"},
+                {"end-when-settled", "0"}});
   return runProgram<Client>("exchange_client", argc, argv, known);
 }

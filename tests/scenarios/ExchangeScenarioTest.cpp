@@ -93,10 +93,11 @@ private:
   std::optional<int> m_status;
 };
 
-// Heartbeat 1 s and grace 2 s keep the detection of a dead partner within a few seconds.
+// Heartbeat 1 s and grace 3 s (the shortest safe pair) keep the detection of a dead partner within a few
+// seconds.
 std::vector<std::string> common(const TempDir& dir, std::vector<std::string> extra = {})
 {
-  std::vector<std::string> arguments = {"--dir", dir.path().string(), "--heartbeat", "1", "--grace", "2"};
+  std::vector<std::string> arguments = {"--dir", dir.path().string(), "--heartbeat", "1", "--grace", "3"};
   arguments.insert(arguments.end(), extra.begin(), extra.end());
   return arguments;
 }
@@ -165,6 +166,27 @@ TEST(ExchangeScenario, SolverAndClientCompleteInBothFileModes)
   }
 }
 
+TEST(ExchangeScenario, TheClientEndsTheSolveWithEndOnceSettled)
+{
+  TempDir dir;
+  auto client = start(OMBRIX_EXCHANGE_CLIENT, dir, "client", common(dir, {"--end-when-settled", "3"}));
+  auto solver = start(OMBRIX_EXCHANGE_SOLVER, dir, "solver", common(dir, {"--steps", "1000"}));
+  EXPECT_EQ(solver->wait(), 0) << readFile(dir.file("solver.stderr"));
+  EXPECT_EQ(client->wait(), 0) << readFile(dir.file("client.stderr"));
+  const std::string solverOut = readFile(dir.file("solver.stdout"));
+  EXPECT_TRUE(contains(readFile(dir.file("client.stdout")),
+                       "client: settled within 3.000 K, asking the solver to end\n"));
+  long step = 0;
+  const auto at = solverOut.find("solver: the client asks to end after step ");
+  ASSERT_NE(at, std::string::npos) << solverOut;
+  step = std::stol(solverOut.substr(at + std::string("solver: the client asks to end after step ").size()));
+  EXPECT_GT(step, 3);
+  EXPECT_LT(step, 1000);
+  EXPECT_TRUE(contains(solverOut, "solver: finished " + std::to_string(step) + " steps (" +
+                                      std::to_string(step) + " exchanges)"))
+      << solverOut;
+}
+
 TEST(ExchangeScenario, AKilledClientIsReportedByTheSolver)
 {
   TempDir dir;
@@ -175,7 +197,7 @@ TEST(ExchangeScenario, AKilledClientIsReportedByTheSolver)
   EXPECT_EQ(solver->wait(), 2);
   EXPECT_EQ(readFile(dir.file("solver.stderr")),
             "exchange_solver: the client stopped answering: its heartbeat in " + dir.file("in.alive") +
-                " is older than 2 s\n");
+                " is older than 3 s\n");
   EXPECT_EQ(Ombrix::StateFileReaderWriter(dir.file("out.state")).readState(1), SolveState::Failed);
 }
 
@@ -189,7 +211,7 @@ TEST(ExchangeScenario, ACrashedSolverIsReportedByTheClient)
   EXPECT_EQ(client->wait(), 2);
   EXPECT_EQ(readFile(dir.file("client.stderr")),
             "exchange_client: the solver stopped answering: its heartbeat in " + dir.file("out.alive") +
-                " is older than 2 s\n");
+                " is older than 3 s\n");
   EXPECT_TRUE(contains(readFile(dir.file("solver.stdout")), "solver: crashing on purpose at exchange 3\n"));
 }
 
@@ -255,6 +277,8 @@ TEST(ExchangeScenario, BadCommandLinesAreRefusedWithUsage)
        "exchange_solver: option '--steps' wants a whole number, not 'ten'\n"},
       {{"--bogus", "1"}, "exchange_solver: unknown option '--bogus'\n"},
       {{"--dir"}, "exchange_solver: option '--dir' needs a value\n"},
+      {{"--dir", dir.path().string(), "--heartbeat", "2", "--grace", "3"},
+       "exchange_solver: the heartbeat must be at least 1 s and the grace period at least 2 s longer\n"},
   };
   for (const auto& [arguments, message] : cases)
   {
