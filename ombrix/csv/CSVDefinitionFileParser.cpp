@@ -242,8 +242,7 @@ struct CSVDefinitionFileParser::Reader : RowErrors
         return nullptr;
       }
     }
-    auto entity = std::make_unique<Entity>(type, name, access, nullptr);
-    entity->setUniqueID(id);
+    auto entity = std::make_unique<Entity>(type, name, id, access, nullptr);
     if (infoLogged)
       parser.addToLog(LogLevel::Informational, "%s Processing Entity", Model::toString(id).c_str());
     byId.emplace(id, created.size());

@@ -33,6 +33,12 @@ Entity::Entity(const std::string& type, const std::string& name, KorvanSDK::Acce
 {
 }
 
+Entity::Entity(const std::string& type, const std::string& name, const EntityID& id,
+               KorvanSDK::AccessType access, CompositeAttribute* parent)
+    : AttributeEx(type, access, parent), m_name(name), m_id(id)
+{
+}
+
 void Entity::setName(const std::string& name)
 {
   m_name = name;

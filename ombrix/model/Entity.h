@@ -18,6 +18,9 @@ public:
   Entity(const std::string& type, const std::string& name,
          KorvanSDK::AccessType access = KorvanSDK::AccessType::ReadWrite,
          CompositeAttribute* parent = nullptr);
+  // With its unique ID known (read from a file, say): no fresh ID is generated first.
+  Entity(const std::string& type, const std::string& name, const EntityID& id, KorvanSDK::AccessType access,
+         CompositeAttribute* parent = nullptr);
 
   void setName(const std::string& name);
   // `full`: the names of this entity and its entity ancestors, outermost first, joined by "->".

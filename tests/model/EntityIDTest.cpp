@@ -1,5 +1,7 @@
 #include "ombrix/model/EntityID.h"
 
+#include "ombrix/model/Entity.h"
+
 #include "support/TestSupport.h"
 
 #include <climits>
@@ -79,6 +81,18 @@ TEST(EntityIDTest, GeneratedIDsAreDistinct)
   id.generateNew();
   EXPECT_NE(id, before);
   EXPECT_GE(id[0], 0);
+}
+
+TEST(EntityIDTest, AnEntityGivenItsIDDrawsNoFreshOne)
+{
+  const EntityID before;
+  const Ombrix::Model::Entity known("Pump", "P1", EntityID(3, 17), KorvanSDK::AccessType::ReadOnly);
+  const EntityID after;
+  EXPECT_EQ(known.getUniqueID(), EntityID(3, 17));
+  EXPECT_EQ(known.getAccessType(), KorvanSDK::AccessType::ReadOnly);
+  EXPECT_EQ(after[0], before[0] + 1); // the counter moved by `after` alone
+  const Ombrix::Model::Entity fresh("Pump", "P2");
+  EXPECT_EQ(fresh.getUniqueID()[0], after[0] + 1);
 }
 
 TEST(EntityIDTest, ConvertsToAndFromTheHostForms)
