@@ -188,11 +188,25 @@ public:
        const std::string& partnerState, const std::string& partnerAlive,
        const Ombrix::CSVEventHandlerOptions& options, int timeout)
       : m_partnerName(std::move(partnerName)), m_own(ownState), m_partner(partnerState), m_ownAlive(ownAlive),
-        m_partnerAlive(partnerAlive), m_timeout(timeout)
+        m_partnerAlive(partnerAlive), m_partnerAliveFile(partnerAlive), m_timeout(timeout)
   {
     m_ownAlive.setInterval(options.solverHeartBeatInterval);
     m_partnerAlive.setGracePeriod(options.clientHeartBeatGracePeriod);
-    m_partnerAliveFile = partnerAlive;
+  }
+
+  // Runs `body`; if it throws, writes the state Failed before passing the error on, so that the partner
+  // stops at once instead of waiting for the heartbeat to go stale.
+  template <typename Body> int reportingFailure(Body&& body)
+  {
+    try
+    {
+      return body();
+    }
+    catch (...)
+    {
+      setState(SolveState::Failed);
+      throw;
+    }
   }
 
   void startHeartbeat() { m_ownAlive.start(); }

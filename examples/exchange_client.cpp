@@ -68,15 +68,7 @@ public:
 
   int run()
   {
-    try
-    {
-      return runExchange();
-    }
-    catch (...)
-    {
-      m_side.setState(SolveState::Failed);
-      throw;
-    }
+    return m_side.reportingFailure([this] { return runExchange(); });
   }
 
 private:

@@ -174,16 +174,7 @@ public:
 
   int run()
   {
-    try
-    {
-      return runExchange();
-    }
-    catch (...)
-    {
-      // Tell the client before leaving, so that it need not wait for the heartbeat to go stale.
-      m_side.setState(SolveState::Failed);
-      throw;
-    }
+    return m_side.reportingFailure([this] { return runExchange(); });
   }
 
 private:
