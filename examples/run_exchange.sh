@@ -15,6 +15,10 @@ client=$!
 # shellcheck disable=SC2086
 "$bin/exchange_solver" --dir "$dir" "$@" ${SOLVER_ARGS:-}
 solver_status=$?
+# A refused command line (exit 1) means the solver never started: do not let the client wait for it.
+if [ "$solver_status" -eq 1 ]; then
+  kill "$client" 2>/dev/null
+fi
 wait "$client"
 client_status=$?
 cat "$dir/client.log"
