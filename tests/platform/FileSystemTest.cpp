@@ -12,8 +12,9 @@ using FileSystem::File;
 TEST(Path, StripTrailingSlash)
 {
   const std::pair<const char*, const char*> cases[] = {
-      {"/a/b/", "/a/b"}, {"/a/b//", "/a/b"}, {"a\\b\\", "a\\b"}, {"a/b\\/", "a/b"}, {"/a/b", "/a/b"},
-      {"a", "a"},        {"", ""},           {"/", "/"},         {"//", "//"},      {"C:\\", "C:"},
+      {"/a/b/", "/a/b"}, {"/a/b//", "/a/b"}, {"a\\b\\", "a\\b"}, {"a/b\\/", "a/b"},
+      {"/a/b", "/a/b"},  {"a", "a"},         {"", ""},           {"/", "/"},
+      {"//", "/"},       {"C:\\", "C:"},     {"\\\\", "\\"},
   };
   for (const auto& [path, stripped] : cases)
   {
