@@ -203,19 +203,20 @@ struct Naive
       n += e->getUniqueID() == id;
     return n;
   }
-  std::vector<std::size_t> byType(const std::string& type) const
+  std::vector<std::size_t> byType(const std::string& type, std::size_t start = 0) const
   {
     std::vector<std::size_t> result;
-    for (std::size_t i = 0; i < c.size(); ++i)
+    for (std::size_t i = start; i < c.size(); ++i)
       if (c[i]->type() == type)
         result.push_back(i);
     return result;
   }
-  std::vector<std::size_t> byTypeName(const std::string& type, const std::string& name) const
+  std::vector<std::size_t> byTypeName(const std::string& type, const std::string& name,
+                                      std::size_t start = 0) const
   {
     std::vector<std::size_t> full;
     std::vector<std::size_t> own;
-    for (std::size_t i = 0; i < c.size(); ++i)
+    for (std::size_t i = start; i < c.size(); ++i)
     {
       if (c[i]->type() != type)
         continue;
@@ -230,6 +231,29 @@ struct Naive
 
 const char* const kTypes[] = {"A", "B", "C"};
 const char* const kNames[] = {"n0", "n1", "n2", "n0->n1", "n1->n2", "n2->n0->n1"};
+
+// The searches that continue from `start` count their matches from there.
+void expectStartFormsAgree(EntityCollection& collection, const Naive& naive, std::size_t start)
+{
+  const auto from = collection.begin() + static_cast<std::ptrdiff_t>(start);
+  const auto position = [&](EntityCollection::iterator it)
+  { return it == collection.end() ? -1 : it - collection.begin(); };
+  const auto expected = [](const std::vector<std::size_t>& matches, std::size_t i)
+  { return i < matches.size() ? static_cast<std::ptrdiff_t>(matches[i]) : -1; };
+  for (const char* type : kTypes)
+  {
+    const auto positions = naive.byType(type, start);
+    for (std::size_t i = 0; i <= positions.size(); ++i)
+      EXPECT_EQ(position(collection.find(type, i, from)), expected(positions, i)) << type << " #" << i;
+    for (const char* name : kNames)
+    {
+      const auto matches = naive.byTypeName(type, name, start);
+      for (std::size_t i = 0; i <= matches.size(); ++i)
+        EXPECT_EQ(position(collection.find(type, name, i, from)), expected(matches, i))
+            << type << " " << name << " #" << i << " from " << start;
+    }
+  }
+}
 
 void expectAgreesWithLinearScan(EntityCollection& collection)
 {
@@ -271,7 +295,13 @@ void expectAgreesWithLinearScan(EntityCollection& collection)
     }
   }
   for (std::size_t i = 0; i < collection.size(); ++i)
+  {
     EXPECT_EQ(collection.getEntityIndex(collection[i]), i);
+    const auto at = collection.begin() + static_cast<std::ptrdiff_t>(i);
+    EXPECT_EQ(collection.find(collection[i], at), at);
+    EXPECT_EQ(collection.find(collection[i], at + 1), collection.end());
+  }
+  expectStartFormsAgree(collection, naive, collection.size() / 2);
 }
 
 std::unique_ptr<Entity> randomEntity(std::mt19937& rng, int depth)
