@@ -1,6 +1,7 @@
 #include "ombrix/log/LogManager.h"
 
 #include "ombrix/log/LogSection.h"
+#include "ombrix/model/ValueAttribute.h"
 
 #include "log/LogTestSupport.h"
 
@@ -263,6 +264,18 @@ TEST_F(LogManagerTest, TimeStampsIgnoreTheGlobalLocale)
   const std::string text = LogManager::formatTimeStamp(utc(2024, 3, 5, 14, 7, 9, 999'900us));
   std::locale::global(previous);
   EXPECT_EQ(text, "2024-03-05T14:07:09.1000Z");
+}
+
+TEST_F(LogManagerTest, UnknownChronologyFailsAtEveryLevel)
+{
+  Model::ValueAttribute<int> value("Value", KorvanSDK::AccessType::ReadWrite, nullptr);
+  for (const LogLevel level : {LogLevel::None, LogLevel::Error, LogLevel::Informational})
+  {
+    SCOPED_TRACE(toString(level));
+    logManager().initialize(logPath, level);
+    EXPECT_THROW_MSG(logManager().recordAttributeSetValue(&value, static_cast<KorvanSDK::Chronology>(9)),
+                     std::logic_error, "Not implemented");
+  }
 }
 
 TEST_F(LogManagerTest, ConcurrentLinesNeverInterleave)
