@@ -1,5 +1,6 @@
 #include "ombrix/exchange/AliveFileReaderWriter.h"
 
+#include "support/GroupingLocale.h"
 #include "support/TestSupport.h"
 
 #include <chrono>
@@ -95,6 +96,8 @@ private:
 
 TEST(AliveFileReaderWriter, WriterRewritesStampAndStopsWithinASecond)
 {
+  // The writer thread, under a host locale that groups digits, still writes the stamp as plain digits.
+  const OmbrixTest::GroupingLocale grouping;
   TempDir dir;
   const std::string path = dir.file("out.alive");
   AliveFileReaderWriter writer(path);
