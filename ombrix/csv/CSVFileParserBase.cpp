@@ -7,6 +7,7 @@
 #include "ombrix/platform/File.h"
 #include "ombrix/platform/FileCloser.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <stdexcept>
 
@@ -102,7 +103,10 @@ CSVFileParserBase::Columns
 CSVFileParserBase::resolveColumns(const std::set<KorvanSDK::Chronology>& chronologies) const
 {
   Columns c;
-  c.count = getNumberOfFields();
+  // A repeated name keeps its last index, which lies beyond the number of distinct names: rows are
+  // sized and checked against the header's width.
+  for (const auto& [name, index] : m_headerMap)
+    c.count = std::max(c.count, index + 1);
   auto at = [&](const std::string& name) { return fieldIndex(name).value_or(noColumn); };
   c.id = at(fieldEntityID);
   c.type = at(fieldEntityType);

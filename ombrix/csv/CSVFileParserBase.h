@@ -115,7 +115,7 @@ protected:
   // noColumn for a column the header lacks.
   struct Columns
   {
-    std::size_t count = 0;
+    std::size_t count = 0; // the header's width
     std::size_t id = noColumn, type = noColumn, name = noColumn, access = noColumn, path = noColumn,
                 attributeType = noColumn, unit = noColumn;
     std::array<std::size_t, 5> value{noColumn, noColumn, noColumn, noColumn, noColumn}; // by chronology

@@ -343,6 +343,21 @@ TEST_F(CSVDataFileParserTest, BadRowsAreReportedWithFileAndRowAndNothingIsApplie
   }
 }
 
+TEST_F(CSVDataFileParserTest, RepeatedColumnTakesItsLastPlace)
+{
+  const std::string pump = "3-17,Pump,\"P1, \"\"main\"\"\",";
+  OmbrixTest::writeFile(
+      inPath, framed("EntityID,EntityType,EntityName,AttributePath,Unit,CurrentValue,Unit\n" + sc +
+                     "Results.Iteration,,12,\n" + pump + "Speed,x,3.5,rpm\n" + pump + "Count,,5\n"));
+  CSVDataFileParser reader(solver, {Chronology::Current});
+  reader.setSkipReadOnly(true);
+  EXPECT_THROW_MSG(reader.parseFile(inPath), std::runtime_error,
+                   inPath + ", row 5: Row has 6 fields, the column header has 7");
+  reader.setFatalErrors(false);
+  EXPECT_FALSE(reader.parseFile(inPath));
+  EXPECT_EQ(at(solver, EntityID(3, 17), "Speed").getDoubleValue(Chronology::Current, false), 3.5);
+}
+
 TEST_F(CSVDataFileParserTest, EntitiesSharingAnIDAreToldApartByTypeAndName)
 {
   for (const char* name : {"T1", "T2", "T3"})

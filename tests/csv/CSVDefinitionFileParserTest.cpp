@@ -350,6 +350,22 @@ TEST_F(CSVDefinitionFileParserTest, BadRowsNameFileAndRow)
   }
 }
 
+TEST_F(CSVDefinitionFileParserTest, RepeatedColumnTakesItsLastPlace)
+{
+  // The header map keeps the last "Unit", beyond the number of distinct names: rows must still be
+  // checked against the header's width.
+  OmbrixTest::writeFile(path, framed("EntityID,EntityType,EntityName,Access,AttributePath,Type,Unit,"
+                                     "InitialValue,Unit\n2-2,Probe,P,ReadWrite,Level,Double,x,4.5,m\n"
+                                     "2-2,Probe,P,ReadWrite,Depth,Double,x,1.5\n"));
+  EntityCollection target;
+  CSVDefinitionFileParser reader(target);
+  EXPECT_THROW_MSG(reader.parseFile(path), std::runtime_error,
+                   path + ", row 4: Row has 8 fields, the column header has 9");
+  reader.setFatalErrors(false);
+  EXPECT_FALSE(reader.parseFile(path));
+  EXPECT_EQ(target.getEntity(EntityID(2, 2))->getAttribute(AttributePath("Level")).getUnit(), "m");
+}
+
 TEST_F(CSVDefinitionFileParserTest, NonFatalReadKeepsTheGoodRows)
 {
   OmbrixTest::writeFile(path,
