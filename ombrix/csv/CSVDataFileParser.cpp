@@ -156,7 +156,7 @@ CSVDataFileParser::parseFileTime(const std::string& iteration, const std::string
     if (!iteration.empty())
     {
       std::size_t used = 0;
-      result.setIteration(std::stoi(iteration, &used));
+      result.setIteration(Model::parseInt(iteration, &used));
       if (used != iteration.size())
         return std::nullopt;
     }
