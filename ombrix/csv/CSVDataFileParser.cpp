@@ -107,6 +107,12 @@ void CSVDataFileParser::writeAttributeRows(const Columns& c, const Row& identity
                                            const Attribute& attribute, CSVRowSink& out) const
 {
   const AttributeType type = attribute.getAttributeType(false);
+  const std::string& name = attribute.type();
+  if (name.empty() || name.find(Model::AttributePath::pathSeparator) != std::string::npos)
+  {
+    if (CSVValueText::isValueType(type) || type == AttributeType::Composite || type == AttributeType::Entity)
+      refuseName(identity[c.id], pathPrefix, name);
+  }
   if (CSVValueText::isValueType(type))
   {
     Row& row = out.newRow(c.count);
@@ -133,6 +139,19 @@ void CSVDataFileParser::writeAttributeRows(const Columns& c, const Row& identity
       writeAttributeRows(c, identity, pathPrefix, *child, out);
     pathPrefix.resize(kept);
   }
+}
+
+void CSVDataFileParser::refuseName(const std::string& id, const std::string& parentPath,
+                                   const std::string& name) const
+{
+  const std::string place = parentPath.empty() ? id : id + ":" + parentPath.substr(0, parentPath.size() - 1);
+  const std::string message =
+      "Cannot write the data file: " +
+      (name.empty() ? "an attribute of " + place + " has an empty name"
+                    : "the attribute '" + name + "' of " + place + " has a '.' in its name") +
+      ", which attribute paths cannot carry";
+  addToLog(LogLevel::Error, "%s", message.c_str());
+  throw std::runtime_error(message);
 }
 
 void CSVDataFileParser::checkDataHeader(RowIterator headerRow) const

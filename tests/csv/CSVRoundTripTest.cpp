@@ -1,0 +1,580 @@
+// Round trips through the exchange files: what the library writes, its own reader reads back to the same
+// model (by the model comparator and by the values at every chronology written), or the writer refuses.
+// Generated models cover every attribute kind, nested composites, entities placed in composites, links,
+// lists, arrays, shortcuts, odd names and IDs, every chronology and extreme numbers. The generator builds,
+// beside each written model, the model expected back, which holds what the definition file documents as
+// not carried (entity access, root entities without attributes, the name and ID of an entity placed in a
+// composite, unresolvable shortcut targets, the flag of an empty link), and it predicts the refusals.
+#include "ombrix/compare/ModelComparator.h"
+#include "ombrix/csv/CSVDataFileParser.h"
+#include "ombrix/csv/CSVDefinitionFileParser.h"
+
+#include "csv/CSVTestModel.h"
+
+#include <bit>
+#include <bitset>
+#include <climits>
+#include <clocale>
+#include <cmath>
+#include <limits>
+#include <locale>
+#include <unordered_set>
+
+namespace
+{
+
+using namespace CSVTest;
+using Ombrix::CSVDataFileParser;
+using Ombrix::CSVDefinitionFileParser;
+using Ombrix::CSVFileParserBase;
+using Chronologies = std::set<Chronology>;
+
+// splitmix64: the same sequence with every compiler and standard library.
+struct Random
+{
+  std::uint64_t state;
+  std::uint64_t next()
+  {
+    std::uint64_t z = (state += 0x9E3779B97F4A7C15ull);
+    z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
+    z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
+    return z ^ (z >> 31);
+  }
+  std::size_t below(std::size_t n) { return static_cast<std::size_t>(next() % n); }
+  bool percent(std::size_t p) { return below(100) < p; }
+  bool perMille(std::size_t p) { return below(1000) < p; }
+  template <typename T> const T& pick(const std::vector<T>& items) { return items[below(items.size())]; }
+
+  template <typename T> T number()
+  {
+    using L = std::numeric_limits<T>;
+    switch (below(12))
+    {
+    case 0:
+      return T(-0.0);
+    case 1:
+      return L::denorm_min();
+    case 2:
+      return std::is_same_v<T, float> ? T(1e-40f) : T(1e-310);
+    case 3:
+      return L::min();
+    case 4:
+      return L::max();
+    case 5:
+      return L::lowest();
+    case 6:
+      return below(2) ? L::infinity() : -L::infinity();
+    case 7:
+      return L::quiet_NaN();
+    case 8:
+      if constexpr (std::is_same_v<T, float>)
+        return std::bit_cast<float>(static_cast<std::uint32_t>(next()));
+      else
+        return std::bit_cast<double>(next());
+    default:
+      return static_cast<T>(static_cast<double>(static_cast<std::int64_t>(next())) / 1e9);
+    }
+  }
+  template <typename T> T value();
+};
+
+// Names and texts that a CSV file must quote, that look like numbers or words of the formats, or that
+// hold the separators of the definition file's own texts.
+const std::vector<std::string> oddTexts{"A",        "Time Step", "x,y", "say \"hi\"", "two\nlines", "a\r",
+                                        "cr\r\nlf", " a ",       "\t",  "\xC3\x9cn",  "a->b",       "->",
+                                        "k:v",      "Name",      "nan", "-1",         "#;"};
+
+template <> int Random::value<int>()
+{
+  return below(3) ? static_cast<int>(next()) : std::vector<int>{0, -1, INT_MIN, INT_MAX}[below(4)];
+}
+template <> bool Random::value<bool>()
+{
+  return below(2) == 1;
+}
+template <> float Random::value<float>()
+{
+  return number<float>();
+}
+template <> double Random::value<double>()
+{
+  return number<double>();
+}
+template <> std::string Random::value<std::string>()
+{
+  return below(4) ? pick(oddTexts) : below(2) ? std::string("nul\0in", 6) : "";
+}
+
+// Why a write is refused, with a phrase that its message holds.
+enum Refusal
+{
+  EmptyName,
+  DotName,
+  NoInitial,
+  NotOwned,
+  EmptyHeld,
+  Pipe,
+  NamedPlaced,
+  refusalCount
+};
+const char* const refusalPhrases[refusalCount] = {
+    "has an empty name",      "has a '.' in its name",   "add Initial to the chronologies",
+    "without owning it",      "which has no attributes", "contains '|'",
+    "runs through the entity"};
+
+class Generator
+{
+public:
+  // `expected`: build the model read back instead of the one written (same draws, same structure).
+  Generator(std::uint64_t seed, bool expected) : r{seed}, m_expected(expected) {}
+
+  void build(EntityCollection& collection)
+  {
+    fullNames = r.percent(50);
+    // Current always: the comparator compares values there, and a file carries no other chronology's.
+    chronologies = {Chronology::Current};
+    for (Chronology c :
+         {Chronology::Initial, Chronology::Continue, Chronology::TimeStepStart, Chronology::Next})
+    {
+      if (r.percent(c == Chronology::Initial ? 95 : 30))
+        chronologies.insert(c);
+    }
+    m_ids.insert("1-1");
+    if (r.percent(20))
+      collection.addRootEntity(
+          makeSolutionControl(r.value<int>(), r.percent(50), r.value<double>(), r.value<double>()));
+    for (std::size_t i = 1 + r.below(3); i > 0; --i)
+    {
+      if (auto root = entity(0, false, false))
+        collection.addRootEntity(std::move(root));
+    }
+  }
+
+  bool fullNames = false;
+  Chronologies chronologies;
+  std::bitset<refusalCount> refusals;
+
+private:
+  std::unique_ptr<Entity> entity(int depth, bool held, bool namedPlacedAbove)
+  {
+    const std::string type = text();
+    const std::string name = text();
+    auto result = std::make_unique<Entity>(type, name, uniqueID(), access(), nullptr);
+    if (m_expected)
+      result->setAccessType(AccessType::ReadWrite);
+    if (held && fullNames && namedPlacedAbove)
+      refusals.set(NamedPlaced);
+    std::vector<AttributePath> targets;
+    const std::size_t count = r.percent(held ? 1 : 5) ? 0 : 1 + r.below(4);
+    children(*result, count, depth, "", targets, namedPlacedAbove);
+    if (count == 0 && held)
+      refusals.set(EmptyHeld);
+    if (count == 0 && !held && m_expected)
+      return nullptr; // not written
+    return result;
+  }
+
+  // `prefix`: the composite's path below the nearest entity, whose shortcut `targets` grow as we go.
+  void children(CompositeAttribute& parent, std::size_t count, int depth, const std::string& prefix,
+                std::vector<AttributePath>& targets, bool namedPlacedAbove)
+  {
+    for (std::size_t i = 0; i < count; ++i)
+    {
+      std::string name = attributeName(parent);
+      const bool emptyName = r.perMille(1);
+      const std::size_t kind = r.below(depth < 3 ? 100 : 60);
+      const AttributePath path(prefix + name);
+      Attribute* created = nullptr;
+      if (kind < 50)
+        created = value(parent, name, kind % 5);
+      else if (kind < 60)
+        created = shortcut(parent, name, targets);
+      else if (kind < 72)
+      {
+        created = parent.createAttribute(AttributeType::Composite, name, access());
+        children(static_cast<CompositeAttribute&>(*created), r.below(4), depth + 1, prefix + name + ".",
+                 targets, namedPlacedAbove);
+      }
+      else if (kind < 80)
+      {
+        auto& placed = static_cast<Entity&>(*parent.createAttribute(AttributeType::Entity, name, access()));
+        const std::string placedName = r.percent(50) ? "" : text();
+        placed.setName(m_expected ? "" : placedName);
+        placed.setUniqueID(uniqueID());
+        std::vector<AttributePath> own; // its shortcuts resolve below it
+        children(placed, r.below(4), depth + 1, "", own, namedPlacedAbove || !placedName.empty());
+      }
+      else
+        created = link(parent, name, kind % 3, depth, namedPlacedAbove);
+      if (created && emptyName)
+      {
+        created->setType(""); // no other way to an empty name: creation refuses one
+        refusals.set(EmptyName);
+      }
+      else if (created && created->getAttributeType(false) != AttributeType::Composite)
+        targets.push_back(path);
+    }
+  }
+
+  Attribute* value(CompositeAttribute& parent, const std::string& name, std::size_t which)
+  {
+    switch (which)
+    {
+    case 0:
+      return typedValue<int>(parent, AttributeType::Int, name);
+    case 1:
+      return typedValue<bool>(parent, AttributeType::Bool, name);
+    case 2:
+      return typedValue<std::string>(parent, AttributeType::String, name);
+    case 3:
+      return typedValue<float>(parent, AttributeType::Float, name);
+    default:
+      return typedValue<double>(parent, AttributeType::Double, name);
+    }
+  }
+
+  template <typename T>
+  Attribute* typedValue(CompositeAttribute& parent, AttributeType kind, const std::string& name)
+  {
+    auto& attribute = static_cast<ValueAttribute<T>&>(*parent.createAttribute(kind, name, access()));
+    attribute.set(r.value<T>(), Chronology::Initial);
+    if (r.percent(50))
+    {
+      for (Chronology c :
+           {Chronology::Continue, Chronology::TimeStepStart, Chronology::Current, Chronology::Next})
+      {
+        if (r.percent(40))
+          attribute.set(r.value<T>(), c);
+      }
+    }
+    if (r.percent(40))
+      attribute.setUnit(text());
+    return &attribute;
+  }
+
+  Attribute* shortcut(CompositeAttribute& parent, const std::string& name,
+                      const std::vector<AttributePath>& targets)
+  {
+    auto& result =
+        static_cast<ShortcutAttribute&>(*parent.createAttribute(AttributeType::Shortcut, name, access()));
+    if (!chronologies.count(Chronology::Initial))
+      refusals.set(NoInitial);
+    for (std::size_t i = r.below(4); i > 0; --i)
+    {
+      if (!targets.empty() && r.percent(85))
+      {
+        const AttributePath& target = r.pick(targets);
+        result.addShortcut(target);
+        if (target.toString().find('|') != std::string::npos)
+          refusals.set(Pipe);
+      }
+      else if (!m_expected)
+        result.addShortcut(AttributePath("Nowhere " + std::to_string(i))); // left out when written
+    }
+    return &result;
+  }
+
+  Attribute* link(CompositeAttribute& parent, const std::string& name, std::size_t which, int depth,
+                  bool namedPlacedAbove)
+  {
+    const AttributeType kinds[] = {AttributeType::Link, AttributeType::List, AttributeType::Array};
+    auto& result =
+        static_cast<EntityLinkAttributeBase&>(*parent.createAttribute(kinds[which], name, access()));
+    const std::string relationship = r.percent(1) ? "p|q" : text();
+    result.setRelationShipType(relationship);
+    if (relationship.find('|') != std::string::npos)
+      refusals.set(Pipe);
+    const bool owns = r.percent(98);
+    result.setOwnsEntities(owns);
+    if (!chronologies.count(Chronology::Initial))
+      refusals.set(NoInitial);
+    const std::size_t count = r.below(which == 0 ? 2 : 4);
+    for (std::size_t i = count; i > 0; --i)
+    {
+      if (!owns)
+        refusals.set(NotOwned);
+      result.addEntity(entity(depth + 1, true, namedPlacedAbove));
+    }
+    if (count == 0 && m_expected)
+      result.setOwnsEntities(true); // an empty link is read back as owning
+    return &result;
+  }
+
+  std::string text() { return r.percent(10) ? "" : r.pick(oddTexts); }
+
+  std::string attributeName(const CompositeAttribute& parent)
+  {
+    std::string name = r.perMille(1) ? "a.b" : r.percent(1) ? "p|q" : r.pick(oddTexts);
+    if (name == "a.b")
+      refusals.set(DotName);
+    for (std::size_t n = 2;
+         std::any_of(parent.begin(), parent.end(), [&](const auto& child) { return child->type() == name; });
+         ++n)
+      name += "#" + std::to_string(n);
+    return name;
+  }
+
+  AccessType access() { return static_cast<AccessType>(r.below(4)); }
+
+  EntityID uniqueID()
+  {
+    const std::vector<EntityID> odd{EntityID(INT_MIN, INT_MAX), EntityID(-1, -1), EntityID(0, 0),
+                                    EntityID(-3, 12), EntityID(INT_MAX, INT_MIN)};
+    for (;;)
+    {
+      const EntityID id =
+          r.percent(20) ? r.pick(odd) : EntityID(static_cast<int>(r.next()), static_cast<int>(r.below(1000)));
+      if (m_ids.insert(toString(id)).second)
+        return id;
+    }
+  }
+
+  Random r;
+  bool m_expected;
+  std::unordered_set<std::string> m_ids;
+};
+
+// Calls `f(entity, attribute, path, top)` for every attribute below every entity of the collection's list
+// that a file identifies, depth first through composites and placed entities, as the files do; `f`
+// returns whether to go below the attribute.
+template <typename F> void forEachAttribute(EntityCollection& collection, F&& f)
+{
+  const auto walk = [&](auto& self, Entity& entity, CompositeAttribute& composite,
+                        const std::string& prefix) -> void
+  {
+    for (const auto& child : composite)
+    {
+      const std::string path = prefix + child->type();
+      if (f(entity, *child, path, &composite == &entity) && child->isComposite())
+        self(self, entity, static_cast<CompositeAttribute&>(*child), path + ".");
+    }
+  };
+  for (Entity* entity : collection)
+  {
+    if (entity && !(entity->getParent() && !entity->getParentLink()))
+      walk(walk, *entity, *entity, "");
+  }
+}
+
+template <typename T> bool sameAt(const Attribute& a, const Attribute& b, Chronology c)
+{
+  const auto& x = static_cast<const ValueAttribute<T>&>(a).container();
+  const auto& y = static_cast<const ValueAttribute<T>&>(b).container();
+  if (!x.has(c) || !y.has(c))
+    return x.has(c) == y.has(c);
+  if constexpr (std::is_floating_point_v<T>)
+    return x.get(c) == y.get(c) ? std::signbit(x.get(c)) == std::signbit(y.get(c))
+                                : std::isnan(x.get(c)) && std::isnan(y.get(c));
+  else
+    return x.get(c) == y.get(c);
+}
+
+// Every value of `model` at the chronologies equals the value at the same entity ID and path of `reference`.
+void expectSameValues(EntityCollection& model, const EntityCollection& reference,
+                      const Chronologies& chronologies, const std::string& what)
+{
+  forEachAttribute(model,
+                   [&](Entity& entity, Attribute& attribute, const std::string& path, bool)
+                   {
+                     const Entity* other = reference.findEntity(entity.getUniqueID());
+                     const Attribute* counterpart =
+                         other ? other->findAttribute(AttributePath(path)) : nullptr;
+                     const AttributeType type = attribute.getAttributeType(false);
+                     if (!counterpart || counterpart->getAttributeType(false) != type)
+                       return true;
+                     for (Chronology c : chronologies)
+                     {
+                       const bool same =
+                           type == AttributeType::Int      ? sameAt<int>(attribute, *counterpart, c)
+                           : type == AttributeType::Bool   ? sameAt<bool>(attribute, *counterpart, c)
+                           : type == AttributeType::String ? sameAt<std::string>(attribute, *counterpart, c)
+                           : type == AttributeType::Float  ? sameAt<float>(attribute, *counterpart, c)
+                           : type == AttributeType::Double ? sameAt<double>(attribute, *counterpart, c)
+                                                           : true;
+                       EXPECT_TRUE(same) << what << ": " << toString(entity.getUniqueID()) << ":" << path
+                                         << " at " << KorvanSDK::chronologyToString(c);
+                     }
+                     return true;
+                   });
+}
+
+void expectSame(EntityCollection& model, const EntityCollection& reference, const Chronologies& chronologies,
+                const std::string& what)
+{
+  ModelComparator comparator;
+  comparator.compareCollection(model, reference);
+  for (const auto& [key, messages] : comparator.getMessages())
+    ADD_FAILURE() << what << ": " << key << ": " << messages.front();
+  expectSameValues(model, reference, chronologies, what);
+}
+
+// The file cannot carry the ID of an entity placed in a composite: the expected model takes the one read.
+void takePlacedIDs(const CompositeAttribute& read, CompositeAttribute& expected)
+{
+  auto theirs = expected.begin();
+  for (const auto& child : read)
+  {
+    if (theirs == expected.end())
+      return;
+    if (child->isEntity() && (*theirs)->isEntity())
+      static_cast<Entity&>(**theirs).setUniqueID(static_cast<const Entity&>(*child).getUniqueID());
+    if (child->isComposite() && (*theirs)->isComposite())
+      takePlacedIDs(static_cast<const CompositeAttribute&>(*child),
+                    static_cast<CompositeAttribute&>(**theirs));
+    ++theirs;
+  }
+}
+
+void takePlacedIDs(EntityCollection& read, EntityCollection& expected)
+{
+  for (Entity* entity : read)
+  {
+    Entity* counterpart = entity && !(entity->getParent() && !entity->getParentLink())
+                              ? expected.findEntity(entity->getUniqueID())
+                              : nullptr;
+    if (counterpart)
+      takePlacedIDs(*entity, *counterpart);
+  }
+}
+
+// New values at the chronologies for the attributes a data file carries (of those with write access).
+void mutate(EntityCollection& collection, std::uint64_t seed, const Chronologies& chronologies,
+            bool writableOnly)
+{
+  Random r{seed};
+  forEachAttribute(collection,
+                   [&](Entity&, Attribute& attribute, const std::string&, bool top)
+                   {
+                     // A data file never carries the entity's child "Name", nor anything below it.
+                     if (top && attribute.type() == "Name")
+                       return false;
+                     if (writableOnly && !KorvanSDK::hasWriteAccess(attribute.getAccessType()))
+                       return true;
+                     for (Chronology c : chronologies)
+                     {
+                       switch (attribute.getAttributeType(false))
+                       {
+                       case AttributeType::Int:
+                         static_cast<IntAttribute&>(attribute).set(r.value<int>(), c);
+                         break;
+                       case AttributeType::Bool:
+                         static_cast<BoolAttribute&>(attribute).set(r.value<bool>(), c);
+                         break;
+                       case AttributeType::String:
+                         static_cast<StringAttribute&>(attribute).set(r.value<std::string>(), c);
+                         break;
+                       case AttributeType::Float:
+                         static_cast<FloatAttribute&>(attribute).set(r.value<float>(), c);
+                         break;
+                       case AttributeType::Double:
+                         static_cast<DoubleAttribute&>(attribute).set(r.value<double>(), c);
+                         break;
+                       default:
+                         break;
+                       }
+                     }
+                     return true;
+                   });
+}
+
+class CSVRoundTripTest : public ::testing::Test
+{
+protected:
+  // Writes with `writer` and reads with `reader`: through a file, or as text joined and split by the
+  // same CSV parser in memory (the file's bytes without the disk).
+  void transfer(const CSVFileParserBase& writer, CSVFileParserBase& reader, bool disk)
+  {
+    if (disk)
+    {
+      ASSERT_TRUE(writer.saveAs(path));
+      ASSERT_TRUE(reader.parseFile(path));
+      return;
+    }
+    FileSystem::CSVParser csv(',', false, false, '\n', true);
+    csv.rows() = writer.generateData();
+    csv.parseText(csv.toText());
+    ASSERT_TRUE(reader.parseData(csv.rows()));
+  }
+
+  // def.csv, out.csv (solver to client) and in.csv (client to solver) of one generated model; the
+  // predicted reasons when the definition file was refused, else none.
+  std::bitset<refusalCount> roundTrip(std::uint64_t seed, bool disk)
+  {
+    EntityCollection source, expected, client;
+    Generator written(seed, false);
+    written.build(source);
+    Generator(seed, true).build(expected);
+    const Chronologies& chronologies = written.chronologies;
+    const auto configure = [&](CSVFileParserBase& parser)
+    {
+      parser.setUseFullEntityNames(written.fullNames);
+      parser.setNumberFormat(NumberFormat::RoundTrip);
+    };
+
+    CSVDefinitionFileParser definition(source);
+    definition.setChronologies(chronologies);
+    configure(definition);
+    CSVDefinitionFileParser definitionReader(client);
+    try
+    {
+      transfer(definition, definitionReader, disk);
+    }
+    catch (const std::runtime_error& refusal)
+    {
+      const std::string what = refusal.what();
+      bool predicted = what.rfind("Cannot write the definition file: ", 0) == 0;
+      bool known = false;
+      for (std::size_t i = 0; i < refusalCount; ++i)
+        known = known || (written.refusals[i] && what.find(refusalPhrases[i]) != std::string::npos);
+      EXPECT_TRUE(predicted && known) << what << " (predicted: " << written.refusals << ")";
+      return written.refusals;
+    }
+    EXPECT_TRUE(written.refusals.none()) << "written, though predicted refused: " << written.refusals;
+    takePlacedIDs(client, expected);
+    expectSame(client, expected, chronologies, "def.csv");
+
+    mutate(source, seed, chronologies, false);
+    mutate(expected, seed, chronologies, false);
+    CSVDataFileParser out(source, chronologies);
+    configure(out);
+    CSVDataFileParser outReader(client, chronologies);
+    outReader.setKorvanSDK(true);
+    transfer(out, outReader, disk);
+    expectSame(client, expected, chronologies, "out.csv");
+
+    mutate(client, ~seed, chronologies, true);
+    CSVDataFileParser in(client, chronologies);
+    configure(in);
+    for (EntityCollection* solver : {&expected, &source})
+    {
+      CSVDataFileParser inReader(*solver, chronologies);
+      inReader.setSkipReadOnly(true);
+      transfer(in, inReader, disk);
+    }
+    expectSame(client, expected, chronologies, "in.csv");
+    expectSameValues(client, source, chronologies, "in.csv read by the solver's own model");
+    return {};
+  }
+
+  OmbrixTest::TempDir dir;
+  std::string path = dir.file("exchange.csv");
+};
+
+TEST_F(CSVRoundTripTest, GeneratedModelsReadBackTheSameOrAreRefused)
+{
+  constexpr std::uint64_t models = 3000;
+  std::size_t refused = 0;
+  std::bitset<refusalCount> reasons;
+  for (std::uint64_t seed = 1; seed <= models && !HasFailure(); ++seed)
+  {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    const auto predicted = roundTrip(seed, seed % 64 == 0);
+    refused += predicted.any() ? 1 : 0;
+    reasons |= predicted;
+  }
+  // Every refusal is reached, and most models are carried, so that the round trip itself is exercised.
+  EXPECT_TRUE(reasons.all()) << reasons;
+  EXPECT_LT(refused, models / 5);
+}
+
+} // namespace
