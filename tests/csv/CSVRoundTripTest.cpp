@@ -18,6 +18,7 @@
 #include <cmath>
 #include <limits>
 #include <locale>
+#include <sstream>
 #include <unordered_set>
 
 namespace
@@ -575,6 +576,93 @@ TEST_F(CSVRoundTripTest, GeneratedModelsReadBackTheSameOrAreRefused)
   // Every refusal is reached, and most models are carried, so that the round trip itself is exercised.
   EXPECT_TRUE(reasons.all()) << reasons;
   EXPECT_LT(refused, models / 5);
+}
+
+// Makes a decimal-comma, digit-grouping locale global for the C++ library and, where one is installed,
+// for the C library as well; restores both when it goes.
+class CommaLocale
+{
+public:
+  CommaLocale() : m_cpp(std::locale()), m_c(std::setlocale(LC_ALL, nullptr))
+  {
+    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "de_DE", "fr_FR.UTF-8", "nl_NL.UTF-8"})
+    {
+      try
+      {
+        std::locale::global(std::locale(name)); // a named locale sets the C locale too
+        named = true;
+        return;
+      }
+      catch (const std::runtime_error&)
+      {
+      }
+    }
+    std::locale::global(std::locale(std::locale::classic(), new Punctuation));
+  }
+  ~CommaLocale()
+  {
+    std::locale::global(m_cpp);
+    std::setlocale(LC_ALL, m_c.c_str());
+  }
+  CommaLocale(const CommaLocale&) = delete;
+  CommaLocale& operator=(const CommaLocale&) = delete;
+
+  bool named = false;
+
+private:
+  struct Punctuation : std::numpunct<char>
+  {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+  };
+  std::locale m_cpp;
+  std::string m_c;
+};
+
+TEST_F(CSVRoundTripTest, NumbersIgnoreTheLocale)
+{
+  CommaLocale locale;
+  std::ostringstream probe;
+  probe << 1234.5;
+  ASSERT_EQ(probe.str(), "1.234,5"); // the locale is in force
+  if (locale.named)
+  {
+    char text[16];
+    std::snprintf(text, sizeof text, "%.1f", 1234.5);
+    ASSERT_STREQ(text, "1234,5");
+  }
+  EntityCollection source;
+  buildModel(source);
+  Entity& pump = *source.getEntity(EntityID(3, 17));
+  pump.getAttribute(AttributePath("Speed")).setDoubleValue(1234567.5, Chronology::Current, false);
+  pump.getAttribute(AttributePath("Count")).setIntValue(-1234567, Chronology::Initial, false);
+  pump.getAttribute(AttributePath("Ratio")).setFloatValue(0.5f, Chronology::Initial, false);
+  const Chronologies chronologies{Chronology::Initial, Chronology::Current};
+  for (NumberFormat format : {NumberFormat::Fixed, NumberFormat::RoundTrip})
+  {
+    SCOPED_TRACE(format == NumberFormat::Fixed ? "fixed" : "round trip");
+    EntityCollection client;
+    CSVDefinitionFileParser definition(source);
+    definition.setChronologies(chronologies);
+    definition.setNumberFormat(format);
+    ASSERT_TRUE(definition.saveAs(path));
+    const std::string text = OmbrixTest::readFile(path);
+    const bool fixed = format == NumberFormat::Fixed;
+    for (const char* number :
+         {fixed ? ",1234567.500000," : ",1234567.5,", ",-1234567,", fixed ? ",0.500000," : ",0.5,"})
+      EXPECT_NE(text.find(number), std::string::npos) << number;
+    CSVDefinitionFileParser definitionReader(client);
+    ASSERT_TRUE(definitionReader.parseFile(path));
+    CSVDataFileParser out(source, chronologies);
+    out.setNumberFormat(format);
+    CSVDataFileParser outReader(client, chronologies);
+    outReader.setKorvanSDK(true);
+    transfer(out, outReader, true);
+    expectSame(client, source, chronologies, "under a decimal-comma locale");
+    EXPECT_EQ(outReader.getFileSimulationTime().getIteration(), 12);
+    EXPECT_EQ(outReader.getFileSimulationTime().getTimeStep(), 0.25);
+  }
 }
 
 } // namespace
