@@ -8,6 +8,7 @@
 #include "ombrix/compare/ModelComparator.h"
 #include "ombrix/csv/CSVDataFileParser.h"
 #include "ombrix/csv/CSVDefinitionFileParser.h"
+#include "ombrix/csv/CSVValueText.h"
 
 #include "csv/CSVTestModel.h"
 
@@ -28,7 +29,14 @@ using namespace CSVTest;
 using Ombrix::CSVDataFileParser;
 using Ombrix::CSVDefinitionFileParser;
 using Ombrix::CSVFileParserBase;
+namespace CSVValueText = Ombrix::CSVValueText;
 using Chronologies = std::set<Chronology>;
+
+// Names and texts that a CSV file must quote, that look like numbers or words of the formats, or that
+// hold the separators of the definition file's own texts.
+const std::vector<std::string> oddTexts{"A",        "Time Step", "x,y", "say \"hi\"", "two\nlines", "a\r",
+                                        "cr\r\nlf", " a ",       "\t",  "\xC3\x9cn",  "a->b",       "->",
+                                        "k:v",      "Name",      "nan", "-1",         "#;"};
 
 // splitmix64: the same sequence with every compiler and standard library.
 struct Random
@@ -46,64 +54,55 @@ struct Random
   bool perMille(std::size_t p) { return below(1000) < p; }
   template <typename T> const T& pick(const std::vector<T>& items) { return items[below(items.size())]; }
 
-  template <typename T> T number()
+  template <typename T> T value()
   {
-    using L = std::numeric_limits<T>;
-    switch (below(12))
+    if constexpr (std::is_same_v<T, bool>)
+      return below(2) == 1;
+    else if constexpr (std::is_same_v<T, int>)
+      return below(3) ? static_cast<int>(next()) : pick(std::vector<int>{0, -1, INT_MIN, INT_MAX});
+    else if constexpr (std::is_same_v<T, std::string>)
+      return below(4) ? pick(oddTexts) : below(2) ? std::string("nul\0in", 6) : "";
+    else
     {
-    case 0:
-      return T(-0.0);
-    case 1:
-      return L::denorm_min();
-    case 2:
-      return std::is_same_v<T, float> ? T(1e-40f) : T(1e-310);
-    case 3:
-      return L::min();
-    case 4:
-      return L::max();
-    case 5:
-      return L::lowest();
-    case 6:
-      return below(2) ? L::infinity() : -L::infinity();
-    case 7:
-      return L::quiet_NaN();
-    case 8:
-      if constexpr (std::is_same_v<T, float>)
-        return std::bit_cast<float>(static_cast<std::uint32_t>(next()));
-      else
-        return std::bit_cast<double>(next());
-    default:
-      return static_cast<T>(static_cast<double>(static_cast<std::int64_t>(next())) / 1e9);
+      using L = std::numeric_limits<T>;
+      const std::vector<T> extremes{
+          T(-0.0),       L::denorm_min(), std::is_same_v<T, float> ? T(1e-40f) : T(1e-310),
+          L::min(),      L::max(),        L::lowest(),
+          L::infinity(), -L::infinity(),  L::quiet_NaN()};
+      switch (below(4))
+      {
+      case 0:
+        return pick(extremes);
+      case 1: // any bit pattern, NaN payloads included
+        if constexpr (std::is_same_v<T, float>)
+          return std::bit_cast<float>(static_cast<std::uint32_t>(next()));
+        else
+          return std::bit_cast<double>(next());
+      default:
+        return static_cast<T>(static_cast<double>(static_cast<std::int64_t>(next())) / 1e9);
+      }
     }
   }
-  template <typename T> T value();
 };
 
-// Names and texts that a CSV file must quote, that look like numbers or words of the formats, or that
-// hold the separators of the definition file's own texts.
-const std::vector<std::string> oddTexts{"A",        "Time Step", "x,y", "say \"hi\"", "two\nlines", "a\r",
-                                        "cr\r\nlf", " a ",       "\t",  "\xC3\x9cn",  "a->b",       "->",
-                                        "k:v",      "Name",      "nan", "-1",         "#;"};
-
-template <> int Random::value<int>()
+// Calls `f(T())` with the value type of a value attribute kind; false for the other kinds.
+template <typename F> bool withValueType(AttributeType type, F&& f)
 {
-  return below(3) ? static_cast<int>(next()) : std::vector<int>{0, -1, INT_MIN, INT_MAX}[below(4)];
-}
-template <> bool Random::value<bool>()
-{
-  return below(2) == 1;
-}
-template <> float Random::value<float>()
-{
-  return number<float>();
-}
-template <> double Random::value<double>()
-{
-  return number<double>();
-}
-template <> std::string Random::value<std::string>()
-{
-  return below(4) ? pick(oddTexts) : below(2) ? std::string("nul\0in", 6) : "";
+  switch (type)
+  {
+  case AttributeType::Int:
+    return f(int()), true;
+  case AttributeType::Bool:
+    return f(bool()), true;
+  case AttributeType::String:
+    return f(std::string()), true;
+  case AttributeType::Float:
+    return f(float()), true;
+  case AttributeType::Double:
+    return f(double()), true;
+  default:
+    return false;
+  }
 }
 
 // Why a write is refused, with a phrase that its message holds.
@@ -142,8 +141,13 @@ public:
     }
     m_ids.insert("1-1");
     if (r.percent(20))
-      collection.addRootEntity(
-          makeSolutionControl(r.value<int>(), r.percent(50), r.value<double>(), r.value<double>()));
+    {
+      // One draw per statement: the order in which arguments are evaluated differs between compilers.
+      const int iteration = r.value<int>();
+      const bool transient = r.percent(50);
+      const double time = r.value<double>();
+      collection.addRootEntity(makeSolutionControl(iteration, transient, time, r.value<double>()));
+    }
     for (std::size_t i = 1 + r.below(3); i > 0; --i)
     {
       if (auto root = entity(0, false, false))
@@ -160,7 +164,8 @@ private:
   {
     const std::string type = text();
     const std::string name = text();
-    auto result = std::make_unique<Entity>(type, name, uniqueID(), access(), nullptr);
+    const EntityID id = uniqueID();
+    auto result = std::make_unique<Entity>(type, name, id, access(), nullptr);
     if (m_expected)
       result->setAccessType(AccessType::ReadWrite);
     if (held && fullNames && namedPlacedAbove)
@@ -219,38 +224,25 @@ private:
 
   Attribute* value(CompositeAttribute& parent, const std::string& name, std::size_t which)
   {
-    switch (which)
-    {
-    case 0:
-      return typedValue<int>(parent, AttributeType::Int, name);
-    case 1:
-      return typedValue<bool>(parent, AttributeType::Bool, name);
-    case 2:
-      return typedValue<std::string>(parent, AttributeType::String, name);
-    case 3:
-      return typedValue<float>(parent, AttributeType::Float, name);
-    default:
-      return typedValue<double>(parent, AttributeType::Double, name);
-    }
-  }
-
-  template <typename T>
-  Attribute* typedValue(CompositeAttribute& parent, AttributeType kind, const std::string& name)
-  {
-    auto& attribute = static_cast<ValueAttribute<T>&>(*parent.createAttribute(kind, name, access()));
-    attribute.set(r.value<T>(), Chronology::Initial);
-    if (r.percent(50))
-    {
-      for (Chronology c :
-           {Chronology::Continue, Chronology::TimeStepStart, Chronology::Current, Chronology::Next})
-      {
-        if (r.percent(40))
-          attribute.set(r.value<T>(), c);
-      }
-    }
+    const AttributeType kinds[] = {AttributeType::Int, AttributeType::Bool, AttributeType::String,
+                                   AttributeType::Float, AttributeType::Double};
+    Attribute* created = parent.createAttribute(kinds[which], name, access());
+    withValueType(kinds[which],
+                  [&](auto type)
+                  {
+                    using T = decltype(type);
+                    auto& attribute = static_cast<ValueAttribute<T>&>(*created);
+                    attribute.set(r.value<T>(), Chronology::Initial);
+                    for (Chronology c : {Chronology::Continue, Chronology::TimeStepStart, Chronology::Current,
+                                         Chronology::Next})
+                    {
+                      if (r.percent(20))
+                        attribute.set(r.value<T>(), c);
+                    }
+                  });
     if (r.percent(40))
-      attribute.setUnit(text());
-    return &attribute;
+      created->setUnit(text());
+    return created;
   }
 
   Attribute* shortcut(CompositeAttribute& parent, const std::string& name,
@@ -323,8 +315,8 @@ private:
                                     EntityID(-3, 12), EntityID(INT_MAX, INT_MIN)};
     for (;;)
     {
-      const EntityID id =
-          r.percent(20) ? r.pick(odd) : EntityID(static_cast<int>(r.next()), static_cast<int>(r.below(1000)));
+      const int first = static_cast<int>(r.next());
+      const EntityID id = r.percent(20) ? r.pick(odd) : EntityID(first, static_cast<int>(r.below(1000)));
       if (m_ids.insert(toString(id)).second)
         return id;
     }
@@ -357,46 +349,35 @@ template <typename F> void forEachAttribute(EntityCollection& collection, F&& f)
   }
 }
 
-template <typename T> bool sameAt(const Attribute& a, const Attribute& b, Chronology c)
-{
-  const auto& x = static_cast<const ValueAttribute<T>&>(a).container();
-  const auto& y = static_cast<const ValueAttribute<T>&>(b).container();
-  if (!x.has(c) || !y.has(c))
-    return x.has(c) == y.has(c);
-  if constexpr (std::is_floating_point_v<T>)
-    return x.get(c) == y.get(c) ? std::signbit(x.get(c)) == std::signbit(y.get(c))
-                                : std::isnan(x.get(c)) && std::isnan(y.get(c));
-  else
-    return x.get(c) == y.get(c);
-}
-
 // Every value of `model` at the chronologies equals the value at the same entity ID and path of `reference`.
 void expectSameValues(EntityCollection& model, const EntityCollection& reference,
                       const Chronologies& chronologies, const std::string& what)
 {
-  forEachAttribute(model,
-                   [&](Entity& entity, Attribute& attribute, const std::string& path, bool)
-                   {
-                     const Entity* other = reference.findEntity(entity.getUniqueID());
-                     const Attribute* counterpart =
-                         other ? other->findAttribute(AttributePath(path)) : nullptr;
-                     const AttributeType type = attribute.getAttributeType(false);
-                     if (!counterpart || counterpart->getAttributeType(false) != type)
-                       return true;
-                     for (Chronology c : chronologies)
-                     {
-                       const bool same =
-                           type == AttributeType::Int      ? sameAt<int>(attribute, *counterpart, c)
-                           : type == AttributeType::Bool   ? sameAt<bool>(attribute, *counterpart, c)
-                           : type == AttributeType::String ? sameAt<std::string>(attribute, *counterpart, c)
-                           : type == AttributeType::Float  ? sameAt<float>(attribute, *counterpart, c)
-                           : type == AttributeType::Double ? sameAt<double>(attribute, *counterpart, c)
-                                                           : true;
-                       EXPECT_TRUE(same) << what << ": " << toString(entity.getUniqueID()) << ":" << path
-                                         << " at " << KorvanSDK::chronologyToString(c);
-                     }
-                     return true;
-                   });
+  forEachAttribute(
+      model,
+      [&](Entity& entity, Attribute& attribute, const std::string& path, bool)
+      {
+        const Entity* other = reference.findEntity(entity.getUniqueID());
+        const Attribute* counterpart = other ? other->findAttribute(AttributePath(path)) : nullptr;
+        const AttributeType type = attribute.getAttributeType(false);
+        if (!counterpart || counterpart->getAttributeType(false) != type)
+          return true;
+        withValueType(type,
+                      [&](auto kind)
+                      {
+                        using T = decltype(kind);
+                        const auto& x = static_cast<const ValueAttribute<T>&>(attribute).container();
+                        const auto& y = static_cast<const ValueAttribute<T>&>(*counterpart).container();
+                        for (Chronology c : chronologies)
+                        {
+                          const bool same = x.has(c) && y.has(c) ? CSVValueText::sameValue(x.get(c), y.get(c))
+                                                                 : x.has(c) == y.has(c);
+                          EXPECT_TRUE(same) << what << ": " << toString(entity.getUniqueID()) << ":" << path
+                                            << " at " << KorvanSDK::chronologyToString(c);
+                        }
+                      });
+        return true;
+      });
 }
 
 void expectSame(EntityCollection& model, const EntityCollection& reference, const Chronologies& chronologies,
@@ -449,31 +430,14 @@ void mutate(EntityCollection& collection, std::uint64_t seed, const Chronologies
                      // A data file never carries the entity's child "Name", nor anything below it.
                      if (top && attribute.type() == "Name")
                        return false;
-                     if (writableOnly && !KorvanSDK::hasWriteAccess(attribute.getAccessType()))
-                       return true;
-                     for (Chronology c : chronologies)
-                     {
-                       switch (attribute.getAttributeType(false))
-                       {
-                       case AttributeType::Int:
-                         static_cast<IntAttribute&>(attribute).set(r.value<int>(), c);
-                         break;
-                       case AttributeType::Bool:
-                         static_cast<BoolAttribute&>(attribute).set(r.value<bool>(), c);
-                         break;
-                       case AttributeType::String:
-                         static_cast<StringAttribute&>(attribute).set(r.value<std::string>(), c);
-                         break;
-                       case AttributeType::Float:
-                         static_cast<FloatAttribute&>(attribute).set(r.value<float>(), c);
-                         break;
-                       case AttributeType::Double:
-                         static_cast<DoubleAttribute&>(attribute).set(r.value<double>(), c);
-                         break;
-                       default:
-                         break;
-                       }
-                     }
+                     if (!writableOnly || KorvanSDK::hasWriteAccess(attribute.getAccessType()))
+                       withValueType(attribute.getAttributeType(false),
+                                     [&](auto type)
+                                     {
+                                       using T = decltype(type);
+                                       for (Chronology c : chronologies)
+                                         static_cast<ValueAttribute<T>&>(attribute).set(r.value<T>(), c);
+                                     });
                      return true;
                    });
 }
