@@ -169,14 +169,15 @@ void CSVDefinitionFileParser::writeAttributeRows(const Columns& c, const Row& id
 // are counted and logged as one warning per kind.
 struct CSVDefinitionFileParser::Check
 {
+  // How often one kind of loss occurs, and where first (composed once: checks run over every attribute).
   struct Loss
   {
     std::size_t count = 0;
     std::string first;
-    void add(const std::string& place)
+    template <typename Place> void add(Place&& place)
     {
       if (count++ == 0)
-        first = place;
+        first = place();
     }
   };
 
@@ -243,10 +244,12 @@ struct CSVDefinitionFileParser::Check
     if (!added)
       refuse("entities " + describe(*known->second) + " and '" + entity.name() + "' share the ID " +
              Model::toString(entity.getUniqueID()));
-    if (entity.begin() == entity.end())
-      emptyRoots.add(describe(entity));
+    if (entity.begin() == entity.end() && !entity.getParentLink())
+      emptyRoots.add([&] { return describe(entity); });
     if (entity.getAccessType() != KorvanSDK::AccessType::ReadWrite)
-      entityAccess.add(describe(entity) + " (" + KorvanSDK::accessTypeToString(entity.getAccessType()) + ")");
+      entityAccess.add(
+          [&]
+          { return describe(entity) + " (" + KorvanSDK::accessTypeToString(entity.getAccessType()) + ")"; });
     if (fullNames && entity.getParentLink())
     {
       for (const Entity* up = entity.getParentEntity(); up; up = up->getParentEntity())
@@ -265,13 +268,12 @@ struct CSVDefinitionFileParser::Check
     for (const auto& child : composite)
     {
       const std::string& name = child->type();
-      const std::string parentPlace = path.empty() ? id : id + ":" + path;
       if (name.empty())
-        refuse("an attribute of " + parentPlace + " has an empty name, which attribute paths cannot carry");
+        refuse("an attribute of " + place(id, path) +
+               " has an empty name, which attribute paths cannot carry");
       if (name.find(Model::AttributePath::pathSeparator) != std::string::npos)
-        refuse("the attribute '" + name + "' of " + parentPlace +
-               " has a '.' in its name, the separator of "
-               "attribute paths");
+        refuse("the attribute '" + name + "' of " + place(id, path) +
+               " has a '.' in its name, the separator of attribute paths");
       const std::size_t kept = path.size();
       path += path.empty() ? name : "." + name;
       checkAttribute(*child, id, path);
@@ -279,38 +281,42 @@ struct CSVDefinitionFileParser::Check
     }
   }
 
+  static std::string place(const std::string& id, const std::string& path)
+  {
+    return path.empty() ? id : id + ":" + path;
+  }
+
   void checkAttribute(const Attribute& attribute, const std::string& id, std::string& path)
   {
-    const std::string place = id + ":" + path;
     const AttributeType type = attribute.getAttributeType(false);
     if ((isLinkType(type) || type == AttributeType::Shortcut) && !initial)
-      refuse(place + " is a " + KorvanSDK::attributeTypeToString(type) +
+      refuse(place(id, path) + " is a " + KorvanSDK::attributeTypeToString(type) +
              ", whose content goes in the InitialValue column: add Initial to the chronologies");
     if (type == AttributeType::Composite || type == AttributeType::Entity)
     {
       if (type == AttributeType::Entity)
-        placedEntities.add(place);
+        placedEntities.add([&] { return place(id, path); });
       checkChildren(static_cast<const Model::CompositeAttribute&>(attribute), id, path);
     }
     else if (isLinkType(type))
     {
       const auto& link = static_cast<const Model::EntityLinkAttributeBase&>(attribute);
       if (link.getRelationshipType().find('|') != std::string::npos)
-        refuse("the relationship type '" + link.getRelationshipType() + "' of " + place +
+        refuse("the relationship type '" + link.getRelationshipType() + "' of " + place(id, path) +
                " contains '|', the separator of the entities listed after it");
       if (!link.getOwnsEntities() && !link.hasEntities(false))
-        emptyLinks.add(place);
+        emptyLinks.add([&] { return place(id, path); });
       for (const Entity* held : link.getEntities(false))
       {
         if (!link.getOwnsEntities())
-          refuse(place + " holds " + describe(*held) +
+          refuse(place(id, path) + " holds " + describe(*held) +
                  " without owning it; the file carries only entities that their link owns");
         if (held->begin() == held->end())
-          refuse(place + " holds " + describe(*held) +
+          refuse(place(id, path) + " holds " + describe(*held) +
                  ", which has no attributes; the file carries an entity through the rows of its attributes "
                  "only");
         if (listed.count(held) == 0)
-          refuse(place + " holds " + describe(*held) +
+          refuse(place(id, path) + " holds " + describe(*held) +
                  ", which is not in the collection's entity list (rebuildChildEntitiesList)");
       }
     }
@@ -323,11 +329,11 @@ struct CSVDefinitionFileParser::Check
           continue;
         const std::string target = shortcut.shortcuts()[i].toString();
         if (target.find('|') != std::string::npos)
-          refuse("the target '" + target + "' of the shortcut " + place +
+          refuse("the target '" + target + "' of the shortcut " + place(id, path) +
                  " contains '|', the separator of shortcut targets");
       }
       shortcuts.push_back(&shortcut);
-      shortcutPlaces.emplace(&shortcut, place);
+      shortcutPlaces.emplace(&shortcut, place(id, path));
     }
   }
 
