@@ -3,6 +3,7 @@
 #include "ombrix/csv/CSVValueText.h"
 #include "ombrix/log/LogSection.h"
 #include "ombrix/model/Entity.h"
+#include "ombrix/platform/AtomicFileWriter.h"
 #include "ombrix/platform/CSVParser.h"
 #include "ombrix/platform/File.h"
 #include "ombrix/platform/FileCloser.h"
@@ -18,7 +19,10 @@ namespace
 
 FileSystem::CSVParser makeParser()
 {
-  return FileSystem::CSVParser(',', false, false, '\n', true);
+  FileSystem::CSVParser parser(',', false, false, '\n', true);
+  // A NUL byte is no text: it is what a file zero-filled by a power loss holds.
+  parser.setRejectNul(true);
+  return parser;
 }
 
 } // namespace
@@ -69,17 +73,16 @@ bool CSVFileParserBase::saveAs(const std::string& path) const
   FileSystem::CSVParser parser = makeParser();
   m_fileVersion = csvParserVersion;
   addToLog(LogLevel::Informational, "Saving %s", path.c_str());
-  FileSystem::FilePtr file = FileSystem::fopen(path, "wb");
-  if (!file)
+  // Written beside the file and renamed over it: a reader sees the old or the new file, never a torn one.
+  FileSystem::AtomicFileWriter file(path, m_durableWrites);
+  if (!file.isOpen())
     return false;
   // Rows go to the file as they are made: a table of the whole file would cost more than the writing.
   CSVRowSink sink(parser, file.get());
   sink.add(fileHeader(m_fileVersion, m_additionalHeaderTokens));
   writeRows(sink);
   sink.add(fileFooter(m_fileVersion));
-  const bool written = sink.finish();
-  // Closing flushes; a failure there is a failed write too.
-  return std::fclose(file.release()) == 0 && written;
+  return sink.finish() && file.commit();
 }
 
 void CSVFileParserBase::writeRows(CSVRowSink& out) const
