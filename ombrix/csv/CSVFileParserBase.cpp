@@ -75,10 +75,11 @@ bool CSVFileParserBase::saveAs(const std::string& path) const
   addToLog(LogLevel::Informational, "Saving %s", path.c_str());
   // Written beside the file and renamed over it: a reader sees the old or the new file, never a torn one.
   FileSystem::AtomicFileWriter file(path, m_durableWrites);
-  if (!file.isOpen())
+  std::FILE* stream = file.get();
+  if (!stream)
     return false;
   // Rows go to the file as they are made: a table of the whole file would cost more than the writing.
-  CSVRowSink sink(parser, file.get());
+  CSVRowSink sink(parser, stream);
   sink.add(fileHeader(m_fileVersion, m_additionalHeaderTokens));
   writeRows(sink);
   sink.add(fileFooter(m_fileVersion));

@@ -27,9 +27,9 @@ public:
   // Without a successful commit() the temporary is removed and the target is left as it was.
   ~AtomicFileWriter();
 
-  bool isOpen() const { return m_file != nullptr; }
+  bool isOpen() const { return m_fd >= 0; }
   // The temporary's stream, for writing; null when not open. Do not close it.
-  std::FILE* get() const { return m_file; }
+  std::FILE* get();
   // Appends `text`; false when not open or the write failed (commit() then fails too).
   bool write(std::string_view text);
   // Flushes and closes the temporary and renames it over the target (with the syncs of a durable
@@ -50,6 +50,8 @@ private:
 
   std::string m_target;
   std::string m_temporary;
+  int m_fd = -1;
+  // Made on the first get(): write() goes to the descriptor directly.
   std::FILE* m_file = nullptr;
   bool m_durable;
   bool m_good = true;

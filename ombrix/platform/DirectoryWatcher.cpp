@@ -1,5 +1,6 @@
 #include "ombrix/platform/DirectoryWatcher.h"
 
+#include <climits>
 #include <cstring>
 #include <thread>
 
@@ -68,6 +69,10 @@ bool DirectoryWatcher::consume(const std::string& name)
       }
       at += static_cast<ssize_t>(sizeof event + event.len);
     }
+    // A buffer that had room for one more event of the longest name was all there was.
+    if (got + static_cast<ssize_t>(sizeof(inotify_event) + NAME_MAX + 1) <=
+        static_cast<ssize_t>(sizeof buffer))
+      return changed && !m_deaf;
   }
 }
 
