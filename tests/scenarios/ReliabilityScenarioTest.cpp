@@ -151,3 +151,20 @@ TEST(Reliability, ASecondSolverInTheSameDirectoryIsRefused)
                 FileSystem::FileLock::currentProcess().host +
                 ": stop that solver or give this one another directory\n");
 }
+
+TEST(Reliability, TheExampleRunsWithPollingDurableWritesAndHeartbeatsJudgedByChanges)
+{
+  TempDir dir;
+  const std::string options =
+      " --dir " + dir.path().string() +
+      " --heartbeat 1 --grace 3 --waits Polling --durable 1 --heartbeat-judgement StampChanges";
+  const std::string command = std::string(OMBRIX_EXCHANGE_CLIENT) + options + " > " + dir.file("client.txt") +
+                              " 2>&1 & " + OMBRIX_EXCHANGE_SOLVER + options + " --steps 2 > " +
+                              dir.file("solver.txt") + " 2>&1; wait";
+  ASSERT_EQ(std::system(command.c_str()), 0);
+  EXPECT_NE(readFile(dir.file("solver.txt")).find("solver: finished 2 steps (2 exchanges)"),
+            std::string::npos)
+      << readFile(dir.file("solver.txt"));
+  EXPECT_NE(readFile(dir.file("client.txt")).find("client: 2 exchanges up to t 20.0 s"), std::string::npos)
+      << readFile(dir.file("client.txt"));
+}
