@@ -16,6 +16,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <random>
+#include <stdexcept>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -31,9 +32,9 @@ using OmbrixTest::TempDir;
 
 constexpr int kills = 50;
 
-// Runs `write` in a loop in a child process, kills it after a random pause below `longest`, `kills` times.
-// After each kill `check` gets the file's content. Returns how many kills left a temporary behind, that is,
-// struck between the creation of the new content and its rename.
+// Runs `write` in a loop in a child process and kills it a random pause below `longest` after the child
+// has started, `kills` times. After each kill `check` gets the file's content. Returns how many kills left
+// a temporary behind, that is, struck between the creation of the new content and its rename.
 int killWhileWriting(const std::string& path, const std::function<void()>& write,
                      std::chrono::microseconds longest, const std::function<void(const std::string&)>& check)
 {
@@ -43,12 +44,25 @@ int killWhileWriting(const std::string& path, const std::function<void()>& write
   int struckMidWrite = 0;
   for (int kill = 0; kill < kills; ++kill)
   {
+    int started[2];
+    if (::pipe(started) != 0)
+      throw std::runtime_error("no pipe");
     const pid_t writer = ::fork();
     if (writer == 0)
     {
+      const char byte = 1;
+      if (::write(started[1], &byte, 1) != 1)
+        std::_Exit(1);
       while (true)
         write();
     }
+    // A child still waiting to be scheduled would be killed before it wrote anything.
+    char byte = 0;
+    const bool running = ::read(started[0], &byte, 1) == 1;
+    ::close(started[0]);
+    ::close(started[1]);
+    if (!running)
+      throw std::runtime_error("the writer did not start");
     std::this_thread::sleep_for(std::chrono::microseconds(random() % longest.count()));
     ::kill(writer, SIGKILL);
     ::waitpid(writer, nullptr, 0);
@@ -63,41 +77,46 @@ int killWhileWriting(const std::string& path, const std::function<void()>& write
 TEST(Reliability, AKilledWriterLeavesTheCompletePreviousOrNewFile)
 {
   TempDir dir;
-  // 10^4 entities of 10 values: a data file of 10^5 rows.
-  EntityCollection model;
-  for (int e = 0; e < 10000; ++e)
+  // The model goes before the small files' writers are forked, which then copy little.
+  int dataStruck = 0;
   {
-    auto entity =
-        std::make_unique<Entity>("Cell", "C" + std::to_string(e), KorvanSDK::AccessType::ReadWrite, nullptr);
-    entity->setUniqueID(EntityID(e, 100));
-    for (int a = 0; a < 10; ++a)
-      entity->createAttribute(KorvanSDK::AttributeType::Double, "T" + std::to_string(a),
-                              KorvanSDK::AccessType::ReadWrite);
-    model.addRootEntity(std::move(entity));
+    // 10^4 entities of 10 values: a data file of 10^5 rows.
+    EntityCollection model;
+    for (int e = 0; e < 10000; ++e)
+    {
+      auto entity = std::make_unique<Entity>("Cell", "C" + std::to_string(e),
+                                             KorvanSDK::AccessType::ReadWrite, nullptr);
+      entity->setUniqueID(EntityID(e, 100));
+      for (int a = 0; a < 10; ++a)
+        entity->createAttribute(KorvanSDK::AttributeType::Double, "T" + std::to_string(a),
+                                KorvanSDK::AccessType::ReadWrite);
+      model.addRootEntity(std::move(entity));
+    }
+    auto& flipped =
+        static_cast<DoubleAttribute&>(model.getEntity(EntityID(0, 100))->getAttribute(AttributePath("T0")));
+    Ombrix::CSVDataFileParser parser(model, {Chronology::Current});
+    const std::string data = dir.file("out.csv");
+    std::string versions[2];
+    const auto start = std::chrono::steady_clock::now();
+    for (int v = 0; v < 2; ++v)
+    {
+      flipped.set(v, Chronology::Current);
+      ASSERT_TRUE(parser.saveAs(data));
+      versions[v] = readFile(data);
+    }
+    // Kills spread over the first half of a write.
+    const auto halfWrite = (std::chrono::steady_clock::now() - start) / 4;
+    dataStruck = killWhileWriting(
+        data,
+        [&]
+        {
+          flipped.set(1 - flipped.get(Chronology::Current), Chronology::Current);
+          parser.saveAs(data);
+        },
+        std::chrono::duration_cast<std::chrono::microseconds>(halfWrite) + std::chrono::microseconds(1000),
+        [&](const std::string& content) { ASSERT_TRUE(content == versions[0] || content == versions[1]); });
+    EXPECT_TRUE(parser.parseFile(data));
   }
-  auto& flipped =
-      static_cast<DoubleAttribute&>(model.getEntity(EntityID(0, 100))->getAttribute(AttributePath("T0")));
-  Ombrix::CSVDataFileParser parser(model, {Chronology::Current});
-  const std::string data = dir.file("out.csv");
-  std::string versions[2];
-  for (int v = 0; v < 2; ++v)
-  {
-    flipped.set(v, Chronology::Current);
-    ASSERT_TRUE(parser.saveAs(data));
-    versions[v] = readFile(data);
-  }
-  const auto start = std::chrono::steady_clock::now();
-  const int dataStruck = killWhileWriting(
-      data,
-      [&]
-      {
-        flipped.set(1 - flipped.get(Chronology::Current), Chronology::Current);
-        parser.saveAs(data);
-      },
-      std::chrono::microseconds(
-          2 * (std::chrono::steady_clock::now() - start) / std::chrono::microseconds(1) + 1000),
-      [&](const std::string& content) { ASSERT_TRUE(content == versions[0] || content == versions[1]); });
-  EXPECT_TRUE(parser.parseFile(data));
 
   const std::string state = dir.file("in.state");
   const Ombrix::StateFileReaderWriter stateWriter(state);
@@ -125,8 +144,9 @@ TEST(Reliability, AKilledWriterLeavesTheCompletePreviousOrNewFile)
       [&](const std::string& content)
       {
         const std::string now = std::to_string(std::time(nullptr));
-        ASSERT_TRUE(content.empty() ||
-                    (content.size() == now.size() + 6 && content.substr(now.size()) == "\t<END>"))
+        ASSERT_TRUE(content.size() == now.size() + 6 &&
+                    content.find_first_not_of("0123456789") == now.size() &&
+                    content.substr(now.size()) == "\t<END>")
             << content;
       });
   Ombrix::AliveFileReaderWriter checker(alive);
