@@ -1,13 +1,13 @@
 // What the example solver (exchange_solver.cpp) and client (exchange_client.cpp) share: the command line,
-// the exchange directory's paths, the partner's heartbeat watch, waiting for the partner's state and the
+// the exchange directory's paths, the side of the exchange with its heartbeats and waits, and the
 // per-exchange time accounts. Header-only; each program includes it once.
 #pragma once
 
-#include "ombrix/exchange/AliveFileReaderWriter.h"
+#include "ombrix/csv/CSVFileParserBase.h"
 #include "ombrix/exchange/CSVEventHandlerOptions.h"
+#include "ombrix/exchange/ExchangeSide.h"
 #include "ombrix/exchange/InterfaceCSVCommon.h"
 #include "ombrix/exchange/InterfaceCSVCommonSolver.h"
-#include "ombrix/exchange/StateFileReaderWriter.h"
 #include "ombrix/model/Attribute.h"
 #include "ombrix/model/CompositeAttribute.h"
 #include "ombrix/sdk/SolveState.h"
@@ -94,11 +94,39 @@ private:
 };
 
 // Options both sides take, with the defaults of the example (short heartbeat so that a dead partner is
-// noticed within seconds).
+// noticed within seconds; waits woken by file notifications).
 inline std::map<std::string, std::string> commonOptions()
 {
-  return {{"dir", ""},    {"mode", "Fixed"}, {"timeout-ms", "60000"}, {"heartbeat", "1"},
-          {"grace", "3"}, {"crash-at", "0"}, {"verbose", "0"}};
+  return {{"dir", ""},
+          {"mode", "Fixed"},
+          {"timeout-ms", "60000"},
+          {"heartbeat", "1"},
+          {"grace", "3"},
+          {"crash-at", "0"},
+          {"verbose", "0"},
+          {"waits", "Notified"},
+          {"durable", "0"},
+          {"heartbeat-judgement", "SharedClock"}};
+}
+
+// How this side waits, writes and judges its partner: "--waits Polling" goes back to the plain 100-ms
+// polls, "--durable 1" syncs every file to disk, "--heartbeat-judgement StampChanges" needs no clock shared
+// with the partner (sides on two hosts).
+inline Ombrix::ExchangeSideOptions sideOptions(const Arguments& arguments)
+{
+  Ombrix::ExchangeSideOptions options;
+  const std::string& waits = arguments.text("waits");
+  if (waits != "Notified" && waits != "Polling")
+    throw std::invalid_argument("option '--waits' is Notified or Polling, not '" + waits + "'");
+  options.notifiedWaits = waits == "Notified";
+  options.durableWrites = arguments.number("durable") != 0;
+  const std::string& judgement = arguments.text("heartbeat-judgement");
+  options.heartbeatJudgement =
+      Ombrix::heartbeatJudgementFromString(judgement, Ombrix::HeartbeatJudgement::SharedClock);
+  if (Ombrix::heartbeatJudgementToString(options.heartbeatJudgement) != judgement)
+    throw std::invalid_argument("option '--heartbeat-judgement' is SharedClock or StampChanges, not '" +
+                                judgement + "'");
+  return options;
 }
 
 // The exchange options record filled from the common command-line options.
@@ -180,18 +208,17 @@ private:
   std::chrono::steady_clock::time_point m_last = std::chrono::steady_clock::now();
 };
 
-// One side of the handshake: its own state file and heartbeat, the partner's state file and heartbeat.
+// One side of the handshake: the library's exchange side (its own state file and heartbeat, the partner's,
+// the claim on the directory) with the example's time-out and time accounts.
 class Side
 {
 public:
-  Side(std::string partnerName, const std::string& ownState, const std::string& ownAlive,
-       const std::string& partnerState, const std::string& partnerAlive,
-       const Ombrix::CSVEventHandlerOptions& options, int timeout)
-      : m_partnerName(std::move(partnerName)), m_own(ownState), m_partner(partnerState), m_ownAlive(ownAlive),
-        m_partnerAlive(partnerAlive), m_partnerAliveFile(partnerAlive), m_timeout(timeout)
+  Side(Ombrix::ExchangeRole role, const std::string& directory, const Arguments& arguments,
+       const Ombrix::CSVEventHandlerOptions& options)
+      : m_side(role, directory, sideOptions(arguments)),
+        m_timeout(static_cast<int>(arguments.number("timeout-ms")))
   {
-    m_ownAlive.setInterval(options.solverHeartBeatInterval);
-    m_partnerAlive.setGracePeriod(options.clientHeartBeatGracePeriod);
+    m_side.setHeartbeat(options.solverHeartBeatInterval, options.clientHeartBeatGracePeriod);
   }
 
   // Runs `body`; if it throws, writes the state Failed before passing the error on, so that the partner
@@ -209,53 +236,36 @@ public:
     }
   }
 
-  void startHeartbeat() { m_ownAlive.start(); }
-  void stopHeartbeat() { m_ownAlive.stop(); }
+  void startHeartbeat() { m_side.startHeartbeat(); }
+  void stopHeartbeat() { m_side.stopHeartbeat(); }
 
-  void setState(SolveState state) const { m_own.writeState(state, 1); }
+  void setState(SolveState state) const { m_side.setState(state); }
+
+  // Gives a parser that writes this side's files the side's write options.
+  void prepare(Ombrix::CSVFileParserBase& parser) const { m_side.applyTo(parser); }
 
   // Waits for the partner's first heartbeat.
   void waitForPartner()
   {
-    if (!m_partnerAlive.waitForAlive(m_timeout))
-      throw ExchangeFailure("the " + m_partnerName + " did not start: no heartbeat in " + m_partnerAliveFile +
-                            " within " + std::to_string(m_timeout) + " ms");
+    const Ombrix::WaitResult started = m_side.waitForPartnerStart(m_timeout);
+    if (!started.reached())
+      throw ExchangeFailure(started.message);
   }
 
-  // Waits until the partner's state is one of `wanted` and returns it. Throws ExchangeFailure when the
-  // partner's heartbeat stops, it reports Failed, or the time-out passes.
+  // Waits until the partner's state is one of `wanted` and returns it. Throws ExchangeFailure, saying why,
+  // when the partner's heartbeat stops, it reports Failed, or the time-out passes.
   SolveState waitFor(const std::set<SolveState>& wanted, TimeAccount& account)
   {
     Stopwatch watch;
-    bool dead = false;
-    std::set<SolveState> states = wanted;
-    states.insert(SolveState::Failed);
-    const SolveState state = m_partner.waitForState(
-        states, [&] { return dead = !m_partnerAlive.checkAlive(); }, m_timeout);
+    const Ombrix::WaitResult result = m_side.waitForPartnerState(wanted, m_timeout);
     account.waiting += watch.lap();
-    if (wanted.count(state))
-      return state;
-    if (dead)
-      throw ExchangeFailure("the " + m_partnerName + " stopped answering: its heartbeat in " +
-                            m_partnerAliveFile + " is older than " +
-                            std::to_string(m_partnerAlive.getGracePeriod()) + " s");
-    if (state == SolveState::Failed)
-      throw ExchangeFailure("the " + m_partnerName + " reports that it failed");
-    std::string names;
-    for (auto s : wanted)
-      names += (names.empty() ? "" : " or ") + KorvanSDK::toString(s);
-    throw ExchangeFailure("timed out after " + std::to_string(m_timeout) + " ms waiting for the " +
-                          m_partnerName + " to reach " + names +
-                          " (last seen: " + std::to_string(static_cast<int>(state)) + ")");
+    if (!result.reached())
+      throw ExchangeFailure(result.message);
+    return result.state;
   }
 
 private:
-  std::string m_partnerName;
-  Ombrix::StateFileReaderWriter m_own;
-  Ombrix::StateFileReaderWriter m_partner;
-  Ombrix::AliveFileReaderWriter m_ownAlive;
-  Ombrix::AliveFileReaderWriter m_partnerAlive;
-  std::string m_partnerAliveFile;
+  Ombrix::ExchangeSide m_side;
   int m_timeout;
 };
 

@@ -55,8 +55,7 @@ class Client
 public:
   explicit Client(const Arguments& arguments)
       : m_options(exchangeOptions(arguments)), m_files(m_options.ombrixDirectory, m_options.fileMode),
-        m_side("solver", m_files.getInStateFile(), m_files.getInAliveFile(), m_files.getOutStateFile(),
-               m_files.getOutAliveFile(), m_options, static_cast<int>(arguments.number("timeout-ms"))),
+        m_side(Ombrix::ExchangeRole::Client, m_files.getOmbrixPath(), arguments, m_options),
         m_controller(arguments.real("set-point"), arguments.real("gain"), arguments.real("reset-time"),
                      arguments.real("max-flux")),
         m_crashAt(arguments.number("crash-at")), m_settledWithin(arguments.real("end-when-settled")),
@@ -96,6 +95,7 @@ private:
     // solver's read-only results are taken as they are.
     Ombrix::CSVDataFileParser parser(m_model, {Chronology::Current});
     parser.setKorvanSDK(true);
+    m_side.prepare(parser);
     long exchanges = 0;
     int settled = 0; // consecutive exchanges with the probe within m_settledWithin of the set point
     double probe = 0;
@@ -107,7 +107,6 @@ private:
       ++exchanges;
       if (exchanges == m_crashAt)
         crash("client", exchanges);
-      m_side.setState(SolveState::Client_Solving);
       watch.lap();
       Ombrix::InFileReader(m_options).read(parser, m_files.getOutFile());
       m_account.files += watch.lap();

@@ -153,8 +153,7 @@ class Solver
 public:
   Solver(const Arguments& arguments)
       : m_options(exchangeOptions(arguments)), m_files(m_options.ombrixDirectory, m_options.fileMode),
-        m_side("client", m_files.getOutStateFile(), m_files.getOutAliveFile(), m_files.getInStateFile(),
-               m_files.getInAliveFile(), m_options, static_cast<int>(arguments.number("timeout-ms"))),
+        m_side(Ombrix::ExchangeRole::Solver, m_files.getOmbrixPath(), arguments, m_options),
         m_rod(static_cast<std::size_t>(arguments.number("cells"))), m_steps(arguments.number("steps")),
         m_timeStep(arguments.real("time-step")), m_syncStart(arguments.number("sync-start")),
         m_syncInterval(arguments.number("sync-interval")), m_crashAt(arguments.number("crash-at")),
@@ -165,6 +164,7 @@ public:
     buildModel(m_model, m_rod, arguments.number("field-entities"));
     // in.csv carries the whole model back; only what the client may write is taken from it.
     m_parser.setSkipReadOnly(true);
+    m_side.prepare(m_parser);
     Entity* solid = m_model.getEntity(EntityID(2, 1));
     m_probe = &solid->getAttribute(AttributePath("Probe.Temperature"));
     m_mean = &solid->getAttribute(AttributePath("Mean Temperature"));
@@ -187,6 +187,7 @@ private:
     m_side.setState(SolveState::Writing_Def_CSV_File);
     Ombrix::CSVDefinitionFileParser definition(m_model);
     definition.setChronologies({Chronology::Initial, Chronology::Current});
+    m_side.prepare(definition);
     publish(0, 0.0, false);
     if (!definition.saveAs(m_files.getDefFile()))
       throw ExchangeFailure("cannot write " + m_files.getDefFile());

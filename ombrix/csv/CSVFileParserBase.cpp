@@ -3,6 +3,7 @@
 #include "ombrix/csv/CSVValueText.h"
 #include "ombrix/log/LogSection.h"
 #include "ombrix/model/Entity.h"
+#include "ombrix/platform/AtomicFileWriter.h"
 #include "ombrix/platform/CSVParser.h"
 #include "ombrix/platform/File.h"
 #include "ombrix/platform/FileCloser.h"
@@ -19,7 +20,10 @@ namespace
 
 FileSystem::CSVParser makeParser()
 {
-  return FileSystem::CSVParser(',', false, false, '\n', true);
+  FileSystem::CSVParser parser(',', false, false, '\n', true);
+  // A NUL byte is no text: it is what a file zero-filled by a power loss holds.
+  parser.setRejectNul(true);
+  return parser;
 }
 
 } // namespace
@@ -72,28 +76,18 @@ bool CSVFileParserBase::saveAs(const std::string& path) const
   m_fileVersion = csvParserVersion;
   addToLog(LogLevel::Informational, "Saving %s", path.c_str());
   checkWritable();
-  FileSystem::FilePtr file = FileSystem::fopen(path, "wb");
-  if (!file)
+  // Written beside the file and renamed over it: a reader sees the old or the new file, never a torn one.
+  FileSystem::AtomicFileWriter file(path, m_durableWrites);
+  std::FILE* stream = file.get();
+  if (!stream)
     return false;
   // Rows go to the file as they are made: a table of the whole file would cost more than the writing.
-  CSVRowSink sink(parser, file.get());
-  bool written = false;
-  try
-  {
-    sink.add(fileHeader(m_fileVersion, m_additionalHeaderTokens));
-    writeRows(sink);
-    sink.add(fileFooter(m_fileVersion));
-    written = sink.finish();
-  }
-  catch (...)
-  {
-    // No half-written file is left for a reader that waits for it.
-    file.reset();
-    FileSystem::File::remove(path);
-    throw;
-  }
-  // Closing flushes; a failure there is a failed write too.
-  return std::fclose(file.release()) == 0 && written;
+  CSVRowSink sink(parser, stream);
+  sink.add(fileHeader(m_fileVersion, m_additionalHeaderTokens));
+  writeRows(sink);
+  sink.add(fileFooter(m_fileVersion));
+  // A refusal thrown while writing leaves the temporary uncommitted: the last complete file stays.
+  return sink.finish() && file.commit();
 }
 
 void CSVFileParserBase::writeRows(CSVRowSink& out) const

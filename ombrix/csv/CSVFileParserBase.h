@@ -61,7 +61,8 @@ public:
   // Reads and interprets the file. Returns the content reader's success flag; false (logged as a
   // Warning, nothing thrown) when the file does not exist. Frame errors ("Missing FileHeader",
   // "Unsupported file version.", "Missing FileFooter") are logged and thrown as std::runtime_error;
-  // an unreadable file or a malformed quoted field throws the CSV parser's std::runtime_error;
+  // an unreadable file, a malformed quoted field or a NUL byte (a file zero-filled by a power loss)
+  // throws the CSV parser's std::runtime_error;
   // content errors throw as the concrete parser reports them.
   bool parseFile(const std::string& path);
   // The same on rows already in memory.
@@ -71,9 +72,11 @@ public:
   void checkWritable() const { do_checkWritable(); }
   // The complete framed table that saveAs writes.
   Table generateData() const;
-  // Writes the framed table (file version 4) straight to the file, in batches of rows; returns false
-  // when the file cannot be written (a file that cannot be opened is left as it was). Throws what
-  // checkWritable throws, leaving the file as it was; a refusal found while writing removes the file.
+  // Writes the framed table (file version 4) in batches of rows to a temporary file beside `path` and
+  // renames it over `path`, so that a reader sees the old or the new file, never a torn one. Returns false
+  // when the file cannot be written, leaving an existing one as it was; throws std::invalid_argument for
+  // a value holding a NUL byte, which the format cannot carry, and what checkWritable throws; a refusal
+  // found while writing leaves an existing file as it was.
   bool saveAs(const std::string& path) const;
   bool save() const { return saveAs(m_fileName); }
 
@@ -84,6 +87,10 @@ public:
   const std::string& additionalHeaderTokens() const { return m_additionalHeaderTokens; }
   bool getUseFullEntityNames() const { return m_useFullEntityNames; }
   void setUseFullEntityNames(bool use) { m_useFullEntityNames = use; }
+  // Whether saveAs syncs the file to disk before it replaces the old one, and the directory after, so
+  // that it survives a power loss (off by default: a disk flush per file).
+  bool getDurableWrites() const { return m_durableWrites; }
+  void setDurableWrites(bool durable) { m_durableWrites = durable; }
 
   // Whether content errors of a read throw (true, the default) or are only logged while the faulty
   // row is passed over. The exchange's read-failure option sets this.
@@ -202,6 +209,7 @@ private:
   bool m_useFullEntityNames = false;
   mutable std::map<std::string, std::size_t> m_headerMap;
   bool m_fatalErrors = true;
+  bool m_durableWrites = false;
   Model::NumberFormat m_numberFormat = Model::NumberFormat::Fixed;
   RowIterator m_tableBegin{}; // first row of the table being read, for row numbers
 

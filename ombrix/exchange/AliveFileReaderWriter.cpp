@@ -1,6 +1,7 @@
 #include "ombrix/exchange/AliveFileReaderWriter.h"
 
 #include "ombrix/exchange/ExchangeClock.h"
+#include "ombrix/platform/AtomicFileWriter.h"
 #include "ombrix/platform/File.h"
 
 #include <chrono>
@@ -67,37 +68,74 @@ bool AliveFileReaderWriter::checkAlive() const
     setAlive(true);
     return true;
   }
+  if (m_sideOptions.heartbeatJudgement == HeartbeatJudgement::StampChanges)
+    return checkStampChanges();
   const std::int64_t now = ExchangeClock::secondsSinceEpoch();
   if (m_lastStamp >= 1 && isFresh(m_lastStamp, m_gracePeriod, now))
   {
     setAlive(true);
     return true;
   }
+  std::int64_t stamp = -1;
+  switch (readStamp(stamp))
+  {
+  case ReadOutcome::Complete:
+  {
+    const bool alive = isFresh(stamp, m_gracePeriod, now);
+    setAlive(alive);
+    if (alive)
+      m_lastStamp = stamp;
+    return alive;
+  }
+  case ReadOutcome::Incomplete:
+    setAlive(false);
+    return false;
+  case ReadOutcome::Unopened:
+    break;
+  }
+  return m_alive;
+}
+
+bool AliveFileReaderWriter::checkStampChanges() const
+{
+  using Clock = std::chrono::steady_clock;
+  if (m_alive && m_lastChange && Clock::now() - m_lastRead < pollPause)
+    return true;
+  std::int64_t stamp = -1;
+  const ReadOutcome outcome = readStamp(stamp);
+  m_lastRead = Clock::now();
+  if (outcome == ReadOutcome::Complete && (!m_lastChange || stamp != m_seenStamp))
+  {
+    m_seenStamp = stamp;
+    m_lastChange = m_lastRead;
+  }
+  const bool alive = m_lastChange && m_lastRead - *m_lastChange < std::chrono::seconds(m_gracePeriod);
+  setAlive(alive);
+  return alive;
+}
+
+AliveFileReaderWriter::ReadOutcome AliveFileReaderWriter::readStamp(std::int64_t& stamp) const
+{
+  ReadOutcome outcome = ReadOutcome::Unopened;
   for (int attempt = 1; attempt <= fileTries; ++attempt)
   {
     FileSystem::ZQifstream in(m_path);
     if (in)
     {
-      std::int64_t stamp = -1;
       if (!(in >> stamp))
         stamp = -1;
       std::string word;
       in >> word;
+      // A word with a NUL byte (a file zero-filled by a power loss) is no end marker either.
       if (word == "<END>")
-      {
-        const bool alive = isFresh(stamp, m_gracePeriod, now);
-        setAlive(alive);
-        if (alive)
-          m_lastStamp = stamp;
-        return alive;
-      }
+        return ReadOutcome::Complete;
       // No end marker: possibly half-written, so not alive for now; try again.
-      setAlive(false);
+      outcome = ReadOutcome::Incomplete;
     }
     if (attempt < fileTries)
-      ExchangeClock::sleep(retryPause);
+      m_waiter.pause(retryPause);
   }
-  return m_alive;
+  return outcome;
 }
 
 bool AliveFileReaderWriter::isAlive() const
@@ -112,19 +150,72 @@ bool AliveFileReaderWriter::waitForAlive(int timeout) const
 
 bool AliveFileReaderWriter::waitForAlive(std::function<bool()> stop, int timeout) const
 {
+  return waitUntilAlive(stop, timeout).reached();
+}
+
+WaitResult AliveFileReaderWriter::waitUntilAlive(const std::function<bool()>& stop, int timeout) const
+{
+  const auto steadyStart = std::chrono::steady_clock::now();
   const ExchangeClock::WallTime start = ExchangeClock::wallNow();
+  m_waiter.arm();
+  WaitResult result;
   while (true)
   {
     if (checkAlive())
-      return true;
+    {
+      result.end = WaitEnd::Reached;
+      break;
+    }
     if (stop && stop())
-      return false;
-    ExchangeClock::sleep(pollPause);
+    {
+      result.end = WaitEnd::Stopped;
+      break;
+    }
+    m_waiter.pause(m_waiter.pauseFor(pollPause, start, timeout));
     if (timeout < 0)
       continue;
     if (ExchangeClock::millisecondsSince(start) > timeout)
-      return checkAlive();
+    {
+      result.end = checkAlive() ? WaitEnd::Reached : WaitEnd::TimedOut;
+      break;
+    }
   }
+  result.elapsed =
+      std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - steadyStart)
+          .count();
+  switch (result.end)
+  {
+  case WaitEnd::Reached:
+    result.message = "heartbeat in " + m_path + " is alive";
+    break;
+  case WaitEnd::Stopped:
+    result.message =
+        "stopped after " + std::to_string(result.elapsed) + " ms waiting for a heartbeat in " + m_path;
+    break;
+  default:
+    result.message = "no heartbeat in " + m_path + " within " + std::to_string(timeout) + " ms";
+    break;
+  }
+  return result;
+}
+
+bool AliveFileReaderWriter::writeStamp() const
+{
+  const std::string content = std::to_string(ExchangeClock::secondsSinceEpoch()) + "\t<END>";
+  for (int attempt = 1; attempt <= fileTries; ++attempt)
+  {
+    if (FileSystem::AtomicFileWriter::replace(m_path, content, m_sideOptions.durableWrites))
+      return true;
+    if (attempt < fileTries)
+      ExchangeClock::sleep(retryPause);
+  }
+  return false;
+}
+
+void AliveFileReaderWriter::setSideOptions(const ExchangeSideOptions& options)
+{
+  m_sideOptions = options;
+  m_waiter = ExchangeWaiter(m_path, options);
 }
 
 int AliveFileReaderWriter::getInterval() const
@@ -156,20 +247,7 @@ void AliveFileReaderWriter::writeFile()
 {
   while (true)
   {
-    const std::int64_t now = ExchangeClock::secondsSinceEpoch();
-    for (int attempt = 1; attempt <= fileTries; ++attempt)
-    {
-      FileSystem::ZQofstream out(m_path);
-      if (out)
-      {
-        out << now << "\t<END>";
-        out.close();
-        break;
-      }
-      out.close();
-      if (attempt < fileTries)
-        ExchangeClock::sleep(retryPause);
-    }
+    writeStamp();
 
     const ExchangeClock::WallTime roundStart = ExchangeClock::wallNow();
     while (true)

@@ -1,9 +1,11 @@
 #include "ombrix/platform/CSVParser.h"
 
+#include "ombrix/platform/AtomicFileWriter.h"
 #include "ombrix/platform/File.h"
 #include "ombrix/platform/FileCloser.h"
 
 #include <algorithm>
+#include <cstring>
 #include <stdexcept>
 
 namespace FileSystem
@@ -49,6 +51,13 @@ bool CSVParser::parseText(std::string_view text, bool append, bool skipEmptyRows
 void CSVParser::parseInto(std::string_view text, bool append, bool skipEmptyRows, bool acceptCRLF,
                           const std::string& source)
 {
+  if (m_rejectNul)
+  {
+    if (const void* nul = std::memchr(text.data(), '\0', text.size()))
+      throw std::runtime_error(source + " holds a NUL byte at offset " +
+                               std::to_string(static_cast<const char*>(nul) - text.data()) +
+                               ", as a file does that was not completely written");
+  }
   skipEmptyRows = skipEmptyRows || m_skipEmptyRows;
   if (append)
   {
@@ -271,13 +280,18 @@ std::string CSVParser::toText() const
   out.reserve(estimate + estimate / 32);
   for (const Row& row : m_rows)
     appendRow(out, row);
+  // One scan of the text costs less than one per field.
+  if (m_rejectNul && std::memchr(out.data(), '\0', out.size()))
+    throw std::invalid_argument("CSV row holds a NUL byte, which a CSV exchange file cannot carry");
   return out;
 }
 
 bool CSVParser::saveAs(const std::string& path, bool append) const
 {
   const std::string text = toText();
-  FilePtr file = FileSystem::fopen(path, append ? "ab" : "wb");
+  if (!append)
+    return AtomicFileWriter::replace(path, text);
+  FilePtr file = FileSystem::fopen(path, "ab");
   if (!file)
     return false;
   const bool written = std::fwrite(text.data(), 1, text.size(), file.get()) == text.size();

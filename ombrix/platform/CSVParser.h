@@ -48,8 +48,15 @@ public:
   bool parseText(std::string_view text, bool append = false, bool skipEmptyRows = false,
                  bool acceptCRLF = true);
 
-  // Writes all rows in one go, truncating the file (or appending to it). Returns false when the file cannot
-  // be opened or written.
+  // With `reject`, parsing throws std::runtime_error for text holding a NUL byte ("<source> holds a NUL
+  // byte at offset <n>, ...") and writing throws std::invalid_argument for rows holding one: for text
+  // formats, where a NUL byte only comes from a file that was zero-filled instead of written (a power
+  // loss). Off by default.
+  void setRejectNul(bool reject) { m_rejectNul = reject; }
+
+  // Writes all rows in one go, replacing the file as a whole through a temporary file (see
+  // AtomicFileWriter), or appending to it. Returns false when the file cannot be written; a replaced file
+  // is then left as it was.
   bool saveAs(const std::string& path, bool append = false) const;
   // The text that saveAs writes.
   std::string toText() const;
@@ -76,6 +83,7 @@ private:
   bool m_skipEmptyRows;
   char m_lineEnd;
   bool m_quoting;
+  bool m_rejectNul = false;
   Table m_rows;
   Table m_spare; // the rows of the parse before last, kept for their storage
 };

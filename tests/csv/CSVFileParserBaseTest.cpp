@@ -220,3 +220,21 @@ TEST_F(CSVFileParserBaseTest, ReportsLogAndThrowWhenFatal)
 }
 
 } // namespace
+
+TEST_F(CSVFileParserBaseTest, NulBytesAreRefusedBothWaysAndAFailedSaveKeepsTheOldFile)
+{
+  FrameParser parser;
+  const std::string path = dir.file("frame.csv");
+  // Zero-filled where the footer should be, as a power loss leaves a file.
+  OmbrixTest::writeFile(path, "<<,START,CSV,VER04,>>\na,b\n" + std::string(21, '\0'));
+  EXPECT_THROW_MSG(parser.parseFile(path), std::runtime_error,
+                   "CSV file '" + path +
+                       "' holds a NUL byte at offset 26, as a file does that was not completely "
+                       "written");
+  parser.toWrite = {{std::string("a\0b", 3)}};
+  EXPECT_THROW_MSG(parser.saveAs(path), std::invalid_argument,
+                   "CSV row holds a NUL byte, which a CSV exchange file cannot carry");
+  EXPECT_EQ(OmbrixTest::readFile(path).size(), 47u);
+  for (const auto& entry : std::filesystem::directory_iterator(dir.path()))
+    EXPECT_NE(entry.path().filename().string().rfind(".frame.csv.", 0), 0u) << "a temporary is left behind";
+}

@@ -1,5 +1,7 @@
 #include "ombrix/exchange/StateFileReaderWriter.h"
 
+#include "ombrix/exchange/AliveFileReaderWriter.h"
+
 #include "support/GroupingLocale.h"
 #include "support/TestSupport.h"
 
@@ -291,4 +293,36 @@ TEST(StateFileReaderWriter, WaitOnFilesTimesOut)
   const auto start = Clock::now();
   EXPECT_EQ(reader.waitForState(SolveState::Client_NewDataReady, 150), SolveState::Client_Solving);
   EXPECT_GE(millisecondsSince(start), 150);
+}
+
+TEST(StateFileReaderWriter, ANulByteReadsAsAnIncompleteFile)
+{
+  TempDir dir;
+  const std::string path = dir.file("in.state");
+  writeFile(path, std::string("1003\tClient_NewDataReady\0\0\t<END>", 32));
+  EXPECT_EQ(StateFileReaderWriter(path).readState(1), SolveState::Unknown);
+}
+
+TEST(StateFileReaderWriter, WaitForTellsWhyItEnded)
+{
+  TempDir dir;
+  const std::string path = dir.file("in.state");
+  writeFile(path, "1002\tClient_Solving\t<END>");
+  StateFileReaderWriter reader(path);
+  Ombrix::WaitResult result = reader.waitFor({SolveState::Client_NewDataReady}, {}, 0);
+  EXPECT_EQ(result.end, Ombrix::WaitEnd::TimedOut);
+  EXPECT_EQ(result.message,
+            "timed out after 0 ms waiting for " + path + " to show Client_NewDataReady (last seen: 1002)");
+
+  Ombrix::AliveFileReaderWriter partner(dir.file("in.alive"));
+  writeFile(dir.file("in.alive"), "100\t<END>");
+  result = reader.waitFor({SolveState::Client_NewDataReady}, {}, -1, &partner);
+  EXPECT_EQ(result.end, Ombrix::WaitEnd::PartnerDead);
+  EXPECT_EQ(result.message, "the partner's heartbeat stopped while waiting for " + path +
+                                " to show Client_NewDataReady (last seen: 1002)");
+
+  reader.setSideOptions({.notifiedWaits = true});
+  result = reader.waitFor({SolveState::Client_Solving}, {}, -1);
+  EXPECT_TRUE(result.reached());
+  EXPECT_EQ(result.message, path + " shows Client_Solving");
 }

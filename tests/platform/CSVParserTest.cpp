@@ -270,3 +270,21 @@ TEST(CSVParser, RandomTablesSurviveSaveAndParse)
     ASSERT_EQ(reader.rows(), writer.rows());
   }
 }
+
+TEST(CSVParser, RejectsNulBytesOnRequest)
+{
+  OmbrixTest::TempDir dir;
+  const std::string path = dir.file("in.csv");
+  OmbrixTest::writeFile(path, std::string("a,b\n\0\0\0", 7));
+  CSVParser parser;
+  parser.setRejectNul(true);
+  EXPECT_THROW_MSG(parser.parseFile(path), std::runtime_error,
+                   "CSV file '" + path +
+                       "' holds a NUL byte at offset 4, as a file does that was not completely written");
+  parser.rows() = {{"a", std::string("b\0", 2)}};
+  EXPECT_THROW_MSG(parser.toText(), std::invalid_argument,
+                   "CSV row holds a NUL byte, which a CSV exchange file cannot carry");
+  parser.setRejectNul(false);
+  EXPECT_TRUE(parser.saveAs(path));
+  EXPECT_TRUE(parser.parseFile(path));
+}
