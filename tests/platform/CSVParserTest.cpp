@@ -57,48 +57,42 @@ TEST(CSVParser, SplitsTextIntoRowsAndFields)
   }
 }
 
-TEST(CSVParser, TrimsBlanksAroundFieldsOnRequest)
+TEST(CSVParser, ConstructorOptionsApplyToReadingAndWriting)
 {
+  // {parser, text read, rows read, those rows written}. Trimming never eats a tab separator, and blanks at
+  // the edges of a field are quoted so that they survive a trimming reader.
+  const std::tuple<CSVParser, std::string, Table, std::string> cases[] = {
+      {CSVParser(',', true),
+       " a , \" b \" ,\tc\t\n  \n x\n",
+       {{"a", " b ", "c"}, {""}, {"x"}},
+       "a,\" b \",c\n\"\"\nx\n"},
+      {CSVParser('\t', true), "a\t\t b \n", {{"a", "", "b"}}, "a\t\tb\n"},
+      {CSVParser(), " a ,\tb\n", {{" a ", "\tb"}}, " a ,\tb\n"},
+      {CSVParser(',', false, true), "a\n\nb\n", {{"a"}, {"b"}}, "a\nb\n"},
+      {CSVParser(';', false, false, '|'),
+       "a;b|\"c|d\";\"e;f\"|x\ny|",
+       {{"a", "b"}, {"c|d", "e;f"}, {"x\ny"}},
+       "a;b|\"c|d\";\"e;f\"|\"x\ny\"|"},
+      // Without quoting, quotes are ordinary characters.
+      {CSVParser(',', false, false, '\n', false),
+       "\"a,b\"\n\"\"\n",
+       {{"\"a", "b\""}, {"\"\""}},
+       "\"a,b\"\n\"\"\n"},
+  };
+  for (const auto& [parser, text, rows, written] : cases)
+  {
+    SCOPED_TRACE(text);
+    CSVParser reader = parser;
+    reader.parseText(text);
+    EXPECT_EQ(reader.rows(), rows);
+    EXPECT_EQ(reader.toText(), written);
+  }
   CSVParser trimming(',', true);
-  trimming.parseText(" a , \" b \" ,\tc\t\n  \n");
-  EXPECT_EQ(trimming.rows(), (Table{{"a", " b ", "c"}, {""}}));
-
-  // A tab separator is never eaten by trimming.
-  CSVParser tabs('\t', true);
-  tabs.parseText("a\t\t b \n");
-  EXPECT_EQ(tabs.rows(), (Table{{"a", "", "b"}}));
-
-  CSVParser keeping;
-  keeping.parseText(" a ,\tb\n");
-  EXPECT_EQ(keeping.rows(), (Table{{" a ", "\tb"}}));
-
-  // Blanks at the edges of a field are quoted so that they survive a trimming reader.
   trimming.rows() = {{" x", "y\t", "z"}};
   EXPECT_EQ(trimming.toText(), "\" x\",\"y\t\",z\n");
-}
-
-TEST(CSVParser, SkipsEmptyRowsWhenConstructedSo)
-{
-  CSVParser parser(',', false, true);
-  parser.parseText("a\n\nb\n");
-  EXPECT_EQ(parser.rows(), (Table{{"a"}, {"b"}}));
-}
-
-TEST(CSVParser, OtherSeparatorAndLineEnd)
-{
-  CSVParser parser(';', false, false, '|');
-  parser.parseText("a;b|\"c|d\";\"e;f\"|x\ny|");
-  EXPECT_EQ(parser.rows(), (Table{{"a", "b"}, {"c|d", "e;f"}, {"x\ny"}}));
-  EXPECT_EQ(parser.toText(), "a;b|\"c|d\";\"e;f\"|\"x\ny\"|");
-}
-
-TEST(CSVParser, WithoutQuotingQuotesAreOrdinaryCharacters)
-{
-  CSVParser parser(',', false, false, '\n', false);
-  parser.parseText("\"a,b\"\n\"\"\n");
-  EXPECT_EQ(parser.rows(), (Table{{"\"a", "b\""}, {"\"\""}}));
-  parser.rows() = {{"x,y", "\""}, {""}};
-  EXPECT_EQ(parser.toText(), "x,y,\"\n\n");
+  CSVParser unquoted(',', false, false, '\n', false);
+  unquoted.rows() = {{"x,y", "\""}, {""}};
+  EXPECT_EQ(unquoted.toText(), "x,y,\"\n\n");
 }
 
 TEST(CSVParser, WritesFieldsQuotedOnlyWhereNeeded)
@@ -128,6 +122,7 @@ TEST(CSVParser, ReportsMalformedTextWithItsLine)
       {"\"a", "CSV text: quoted field starting on line 1 is not closed"},
       {"a\n\"b\nc\",\"d\ne\n", "CSV text: quoted field starting on line 3 is not closed"},
       {"a,\"b\"\"", "CSV text: quoted field starting on line 1 is not closed"},
+      {"\"a\"\"b\"\"", "CSV text: quoted field starting on line 1 is not closed"},
       {"a\n\"b\"c\n", "CSV text: unexpected text after the closing quote of a field on line 2"},
       {"\"x\ny\" ,z", "CSV text: unexpected text after the closing quote of a field on line 2"},
       {"\"a\"\r\r\n", "CSV text: unexpected text after the closing quote of a field on line 1"},
@@ -157,18 +152,6 @@ TEST(CSVParser, ReportsFilesThatCannotBeReadOrAreMalformed)
   OmbrixTest::writeFile(broken, "a,b\nc,\"d\n");
   EXPECT_THROW_MSG(parser.parseFile(broken), std::runtime_error,
                    "CSV file '" + broken + "': quoted field starting on line 2 is not closed");
-}
-
-TEST(CSVParser, AppendsOrReplacesRows)
-{
-  CSVParser parser;
-  parser.parseText("a\n");
-  parser.parseText("b\n", true);
-  EXPECT_EQ(parser.rows(), (Table{{"a"}, {"b"}}));
-  parser.parseText("c\n");
-  EXPECT_EQ(parser.rows(), (Table{{"c"}}));
-  parser.clear();
-  EXPECT_TRUE(parser.rows().empty());
 }
 
 TEST(CSVParser, AParserReusedForTextsOfOtherShapesGivesWhatAFreshOneGives)
@@ -205,11 +188,16 @@ TEST(CSVParser, AParserReusedForTextsOfOtherShapesGivesWhatAFreshOneGives)
   }
 }
 
-TEST(CSVParser, SavesToFiles)
+TEST(CSVParser, AppendsOrReplacesRowsAndFiles)
 {
+  CSVParser parser;
+  parser.parseText("a\n");
+  parser.parseText("b\n", true);
+  EXPECT_EQ(parser.rows(), (Table{{"a"}, {"b"}}));
+  parser.clear();
+  EXPECT_TRUE(parser.rows().empty());
   OmbrixTest::TempDir dir;
   const std::string path = dir.file("out.csv");
-  CSVParser parser;
   parser.rows() = {{"a", "b"}};
   ASSERT_TRUE(parser.saveAs(path));
   parser.rows() = {{"c"}};
@@ -217,7 +205,6 @@ TEST(CSVParser, SavesToFiles)
   EXPECT_EQ(OmbrixTest::readFile(path), "a,b\nc\n");
   ASSERT_TRUE(parser.saveAs(path));
   EXPECT_EQ(OmbrixTest::readFile(path), "c\n");
-
   EXPECT_FALSE(parser.saveAs(dir.file("no/such/dir/out.csv")));
   EXPECT_FALSE(parser.saveAs(dir.path().string()));
 }
