@@ -17,8 +17,5 @@ TEST(AIModuleType, NamesAndValues)
                           Ombrix::aiModuleTypeToString, Ombrix::aiModuleTypeFromString,
                           static_cast<ModuleType>(0));
   for (int value : {0, 2, 17, 4097, -1})
-  {
-    SCOPED_TRACE(value);
-    EXPECT_EQ(Ombrix::aiModuleTypeToString(static_cast<ModuleType>(value)), "");
-  }
+    EXPECT_EQ(Ombrix::aiModuleTypeToString(static_cast<ModuleType>(value)), "") << value;
 }

@@ -190,10 +190,7 @@ TEST(ModelComparator, DoubleTolerance)
       {inf, dmax, false},     {dmax, inf, false},
   };
   for (const auto& [a, b, equal] : cases)
-  {
-    SCOPED_TRACE(testing::Message() << a << " vs " << b);
-    EXPECT_EQ(ModelComparator::nearlyEqual(a, b, t), equal);
-  }
+    EXPECT_EQ(ModelComparator::nearlyEqual(a, b, t), equal) << a << " vs " << b;
   // A tolerance at or below machine epsilon only accepts identical finite values.
   EXPECT_FALSE(ModelComparator::nearlyEqual(1.0, std::nextafter(1.0, 2.0), 0.0));
   EXPECT_TRUE(ModelComparator::nearlyEqual(1.0, 1.0, 0.0));
@@ -211,10 +208,7 @@ TEST(ModelComparator, FloatTolerance)
       {nanf, 0.0f, false},     {inff, inff, true},      {-inff, inff, false},
   };
   for (const auto& [a, b, equal] : cases)
-  {
-    SCOPED_TRACE(testing::Message() << a << " vs " << b);
-    EXPECT_EQ(ModelComparator::nearlyEqual(a, b, t), equal);
-  }
+    EXPECT_EQ(ModelComparator::nearlyEqual(a, b, t), equal) << a << " vs " << b;
 }
 
 // One entity 7-7 holding one attribute "X" of type T with value `value`.

@@ -2,6 +2,7 @@
 
 #include "support/Tables.h"
 
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -10,13 +11,8 @@ using Segments = std::vector<std::string>;
 
 TEST(AttributePathTest, ParsingTable)
 {
-  struct Case
-  {
-    const char* text;
-    Segments segments;
-    const char* joined;
-  };
-  const Case cases[] = {
+  // {text, segments, joined again}
+  const std::tuple<const char*, Segments, const char*> cases[] = {
       {"", {}, ""},
       {"a", {"a"}, "a"},
       {"a.b", {"a", "b"}, "a.b"},
@@ -29,17 +25,18 @@ TEST(AttributePathTest, ParsingTable)
        "Transient.Definition.Time Step"},
       {" a . b ", {" a ", " b "}, " a . b "},
   };
-  for (const auto& c : cases)
+  for (const auto& [text, segments, joined] : cases)
   {
-    SCOPED_TRACE(c.text);
-    const AttributePath fromString{std::string(c.text)};
-    const AttributePath fromChars(c.text);
-    EXPECT_EQ(fromString.segments(), c.segments);
-    EXPECT_EQ(fromChars.segments(), c.segments);
-    EXPECT_EQ(fromString.toString(), c.joined);
-    AttributePath assigned("x.y.z");
-    assigned = c.text;
-    EXPECT_EQ(assigned.segments(), c.segments);
+    SCOPED_TRACE(text);
+    AttributePath assignedChars("x.y.z"), assignedString("x");
+    assignedChars = text;
+    assignedString = std::string(text);
+    const AttributePath forms[] = {AttributePath(std::string(text)), AttributePath(text), assignedChars,
+                                   assignedString,
+                                   AttributePath((std::string(text) + ".z").c_str(), std::strlen(text))};
+    for (const auto& path : forms)
+      EXPECT_EQ(path.segments(), segments);
+    EXPECT_EQ(forms[0].toString(), joined);
   }
 }
 

@@ -62,10 +62,7 @@ TEST(SolutionControlTest, DefinitionDefaults)
       {d.getStopOnConvergence(), "Ombrix Control.Stop On Convergence"},
   };
   for (const auto& [path, text] : paths)
-  {
-    SCOPED_TRACE(text);
-    EXPECT_EQ(path, AttributePath(text));
-  }
+    EXPECT_EQ(path, AttributePath(text)) << text;
   EXPECT_EQ(d.getSolutionControlName(), "Solution Control");
   EXPECT_EQ(d.getSolutionControlType(), "Solution Control");
 }

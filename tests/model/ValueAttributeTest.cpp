@@ -66,14 +66,8 @@ TEST(ValueAttributeTest, WriteCreatesOnlyTheWrittenChronologyFromTheOneBefore)
 {
   // A read gives the latest value not after its chronology. Initial is never created implicitly, nor is an
   // entry whose predecessor cannot be read; a refused write (no 9 expected) changes nothing.
-  struct Case
-  {
-    std::map<C, int> stored;
-    C write;
-    std::array<int, 5> expected;
-    std::size_t entries;
-  };
-  const Case cases[] = {
+  // {stored values, chronology written with 9, reads afterwards, entries afterwards}
+  const std::tuple<std::map<C, int>, C, std::array<int, 5>, std::size_t> cases[] = {
       {{{C::Initial, 5}}, C::Continue, {5, 9, 9, 9, 9}, 2},
       {{{C::Initial, 5}}, C::TimeStepStart, {5, 5, 9, 9, 9}, 2},
       {{{C::Initial, 5}}, C::Next, {5, 5, 5, 5, 9}, 2},
@@ -85,19 +79,19 @@ TEST(ValueAttributeTest, WriteCreatesOnlyTheWrittenChronologyFromTheOneBefore)
       {{{C::Current, 3}}, C::Continue, {-1, -1, -1, 3, 3}, 1},
       {{{C::Current, 3}}, C::TimeStepStart, {-1, -1, -1, 3, 3}, 1},
   };
-  for (const auto& c : cases)
+  for (const auto& [values, write, expected, entries] : cases)
   {
-    SCOPED_TRACE(testing::Message() << "write " << static_cast<int>(c.write) << " over " << c.stored.size());
+    SCOPED_TRACE(testing::Message() << "write " << static_cast<int>(write) << " over " << values.size());
     ValueAttribute<int> value("V", AccessType::ReadWrite, nullptr);
     auto storage = std::make_unique<Data::ChronologicalValue<int>>();
-    storage->values() = c.stored;
+    storage->values() = values;
     value.container().replace(std::move(storage));
-    if (c.expected[static_cast<int>(c.write)] == 9)
-      value.setIntValue(9, c.write, false);
+    if (expected[static_cast<int>(write)] == 9)
+      value.setIntValue(9, write, false);
     else
-      EXPECT_THROW_MSG(value.setIntValue(9, c.write, false), std::out_of_range, "Chronology Out Of Range");
-    EXPECT_EQ(reads(value), c.expected);
-    EXPECT_EQ(stored(value).size(), c.entries);
+      EXPECT_THROW_MSG(value.setIntValue(9, write, false), std::out_of_range, "Chronology Out Of Range");
+    EXPECT_EQ(reads(value), expected);
+    EXPECT_EQ(stored(value).size(), entries);
   }
   ValueAttribute<int> onlyCurrent("V", AccessType::ReadWrite, nullptr);
   onlyCurrent.container().replace(std::make_unique<Data::ChronologicalValue<int>>());

@@ -81,10 +81,7 @@ TEST(ExceptionType, EachFamilyGetsItsCodeAndKeepsItsMessage)
        "Argument 'unit' is null: pass a valid pointer"},
   };
   for (const auto& [thrower, code, message] : cases)
-  {
-    SCOPED_TRACE(message);
-    EXPECT_EQ(classify(thrower), std::make_pair(code, std::string(message)));
-  }
+    EXPECT_EQ(classify(thrower), std::make_pair(code, std::string(message))) << message;
   int value = 0;
   EXPECT_EQ(KorvanSDK::requireArgument(&value, "value"), &value);
 }

@@ -38,10 +38,7 @@ TEST(NameTable, TextMatchesExactlyOrGivesTheFallback)
   EXPECT_EQ(colours.findName(Colour::Green), "Green");
   EXPECT_EQ(colours.findValue("Blue"), Colour::Blue);
   for (const char* text : {"", "RED", "Redd", "Blue\n"})
-  {
-    SCOPED_TRACE(text);
-    EXPECT_FALSE(colours.findValue(text));
-  }
+    EXPECT_FALSE(colours.findValue(text)) << text;
   // An embedded NUL is part of the text, not its end.
   EXPECT_EQ(colours.valueOr(std::string("Red\0x", 5), Colour::Unnamed), Colour::Unnamed);
 }
