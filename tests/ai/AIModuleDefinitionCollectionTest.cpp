@@ -83,7 +83,7 @@ TEST(AIModuleDefinitionCollection, EqualityIsIdentityOfTheStoredObjects)
   EXPECT_EQ(emptyCopy, AIModuleDefinitionCollection());
 }
 
-TEST(AIModuleDefinitionCollection, StreamRoundTripWithAbsentEntries)
+TEST(AIModuleDefinitionCollection, StreamRoundTripInBothKindsWithAbsentEntries)
 {
   // A collection with an absent entry can only come from a stream: build that stream by hand.
   AIModuleDefinition stored(ModuleType::Python, {4, 5});
@@ -108,25 +108,13 @@ TEST(AIModuleDefinitionCollection, StreamRoundTripWithAbsentEntries)
   EXPECT_EQ(read.getNextId(), 11u);
   EXPECT_EQ(read.getDefinition(3), read.begin()->get());
   EXPECT_TRUE(read.hasPython());
-  // Writing it again, or a copy of it, gives the same bytes: absent entries survive.
+  // Writing it again, or a copy of it, or what a text stream of it reads back, gives the same bytes: absent
+  // entries survive.
   EXPECT_EQ(OmbrixTest::streamed(read, FileSystem::DataStreamKind::Binary), out.data());
   EXPECT_EQ(OmbrixTest::streamed(AIModuleDefinitionCollection(read), FileSystem::DataStreamKind::Binary),
             out.data());
-}
-
-TEST(AIModuleDefinitionCollection, StreamRoundTripInBothKinds)
-{
-  AIModuleDefinitionCollection original;
-  original.insertDefinition(definition(ModuleType::ONNX, {1, 2, 3}));
-  original.insertDefinition(definition(ModuleType::TorchScript, {}));
-  for (const auto kind : OmbrixTest::kStreamKinds)
-  {
-    const AIModuleDefinitionCollection read = OmbrixTest::roundTrip(original, kind);
-    ASSERT_EQ(read.size(), 2u);
-    EXPECT_EQ(*read.getDefinition(0), *original.getDefinition(0));
-    EXPECT_EQ(*read.getDefinition(1), *original.getDefinition(1));
-    EXPECT_EQ(read.getNextId(), 2u);
-  }
+  const auto viaText = OmbrixTest::roundTrip(read, FileSystem::DataStreamKind::Text);
+  EXPECT_EQ(OmbrixTest::streamed(viaText, FileSystem::DataStreamKind::Binary), out.data());
 }
 
 TEST(AIModuleDefinitionCollection, CorruptCountFailsAndKeepsTheEntries)

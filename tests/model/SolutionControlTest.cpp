@@ -122,7 +122,7 @@ TEST(SolutionControlTest, IterationCountFollowsTimeVarying)
   }
 }
 
-TEST(SolutionControlTest, ValidityNeedsTypeAndName)
+TEST(SolutionControlTest, ValidityNeedsTypeAndNameAndTheCollectionGivesItsControl)
 {
   auto entity = solutionControlEntity(false);
   for (const auto& [type, name] : {std::pair{"Other", "Solution Control"}, {"Solution Control", "Other"}})
@@ -131,21 +131,16 @@ TEST(SolutionControlTest, ValidityNeedsTypeAndName)
     entity->setName(name);
     EXPECT_FALSE(SolutionControlConst(entity.get(), SolutionControlDefinition()).isValid()) << type << name;
   }
+  EntityCollection collection(OmbrixTest::makeEntity("Other", "X", EntityID(5, 5)));
+  EXPECT_EQ(SolutionControlConst(collection).get(), nullptr);
+  collection.addRootEntity(solutionControlEntity(false));
+  SolutionControl control(collection);
+  EXPECT_TRUE(control.isValid());
+  EXPECT_EQ(control.get(), collection.getEntity(EntityID(1, 1)));
+  EXPECT_EQ(control.getIteration(), 12);
 }
 
-TEST(SolutionControlTest, MissingAttributeRaisesTheLookupError)
-{
-  auto entity = solutionControlEntity(true);
-  SolutionControlDefinition definition;
-  definition.setTimePath(AttributePath("Results.Missing"));
-  const SolutionControlConst control(entity.get(), definition);
-  EXPECT_THROW_MSG(control.getTime(), std::runtime_error,
-                   "Invalid path [1-1] of type Solution Control : Results.Missing");
-  definition.setIsTransientPath(AttributePath("Nope"));
-  EXPECT_FALSE(SolutionControlConst(entity.get(), definition).isTimeVarying());
-}
-
-TEST(SolutionControlTest, WritersStoreIntoTheTargetsOwnType)
+TEST(SolutionControlTest, WritersStoreIntoTheTargetsOwnTypeAndMissingAttributesRaiseTheLookupError)
 {
   auto entity = solutionControlEntity(true);
   SolutionControl control(*entity, SolutionControlDefinition());
@@ -156,15 +151,10 @@ TEST(SolutionControlTest, WritersStoreIntoTheTargetsOwnType)
   EXPECT_EQ(control.getTotalSimulationTime(C::Initial), 4.0);
   EXPECT_EQ(control.getTimeStep(C::Initial), 0.01);
   EXPECT_TRUE(control.isStopOnConvergence());
-}
-
-TEST(SolutionControlTest, FromCollection)
-{
-  EntityCollection collection(OmbrixTest::makeEntity("Other", "X", EntityID(5, 5)));
-  EXPECT_EQ(SolutionControlConst(collection).get(), nullptr);
-  collection.addRootEntity(solutionControlEntity(false));
-  SolutionControl control(collection);
-  EXPECT_TRUE(control.isValid());
-  EXPECT_EQ(control.get(), collection.getEntity(EntityID(1, 1)));
-  EXPECT_EQ(control.getIteration(), 12);
+  SolutionControlDefinition definition;
+  definition.setTimePath(AttributePath("Results.Missing"));
+  EXPECT_THROW_MSG(SolutionControlConst(entity.get(), definition).getTime(), std::runtime_error,
+                   "Invalid path [1-1] of type Solution Control : Results.Missing");
+  definition.setIsTransientPath(AttributePath("Nope"));
+  EXPECT_FALSE(SolutionControlConst(entity.get(), definition).isTimeVarying());
 }

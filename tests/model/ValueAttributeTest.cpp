@@ -136,7 +136,7 @@ TEST(ValueAttributeTest, AccessAndUnitFailuresLeaveTheValueUnchanged)
   }
 }
 
-TEST(ValueAttributeTest, EveryGetterConvertsTheStoredValue)
+TEST(ValueAttributeTest, EveryGetterAndConversionConvertsTheStoredValue)
 {
   const std::tuple<std::unique_ptr<Attribute>, int, bool, double, const char*> cases[] = {
       {holding(0.5), 0, true, 0.5, "0.500000"},
@@ -162,6 +162,13 @@ TEST(ValueAttributeTest, EveryGetterConvertsTheStoredValue)
   EXPECT_EQ(holding(std::string(" 12abc"))->getIntValue(C::Current, false), 12);
   EXPECT_THROW_MSG(holding(std::string("2"))->getBoolValue(C::Current, false), std::invalid_argument,
                    "Invalid bool text '2'");
+  ValueAttribute<double> d("D", AccessType::None, nullptr);
+  d.set(1.0, C::Initial);
+  d.set(2.0, C::Current);
+  EXPECT_EQ(std::make_tuple(double(d), int(d), float(d), std::string(d), bool(d)),
+            std::make_tuple(2.0, 2, 2.f, std::string("2.000000"), true));
+  d.set(0.0, C::Current);
+  EXPECT_FALSE(static_cast<bool>(d));
 }
 
 TEST(ValueAttributeTest, EverySetterConvertsIntoTheStoredType)
@@ -250,17 +257,6 @@ TEST(ValueAttributeTest, NumberToIntBounds)
     else
       EXPECT_EQ(attribute->getIntValue(C::Initial, false), expected);
   }
-}
-
-TEST(ValueAttributeTest, ConversionOperatorsReadCurrent)
-{
-  ValueAttribute<double> d("D", AccessType::None, nullptr);
-  d.set(1.0, C::Initial);
-  d.set(2.0, C::Current);
-  EXPECT_EQ(std::make_tuple(double(d), int(d), float(d), std::string(d), bool(d)),
-            std::make_tuple(2.0, 2, 2.f, std::string("2.000000"), true));
-  d.set(0.0, C::Current);
-  EXPECT_FALSE(static_cast<bool>(d));
 }
 
 TEST(ValueAttributeTest, TextForms)
