@@ -2,11 +2,10 @@
 
 #include "ombrix/ai/AIModuleDefinition.h"
 #include "ombrix/model/EntityCollection.h"
-#include "ombrix/model/ValueAttribute.h"
-#include "ombrix/platform/DataIStream.h"
-#include "ombrix/platform/DataOStream.h"
 
 #include "ai/RecordingModules.h"
+#include "model/ModelTestSupport.h"
+#include "support/Tables.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -15,26 +14,23 @@ namespace
 {
 
 using namespace Ombrix::Model;
-using KorvanSDK::AccessType;
-using KorvanSDK::AttributeType;
 using KorvanSDK::Chronology;
 using Ombrix::AIFunctor;
 using Ombrix::AIModuleDefinition;
 using OmbrixTest::RecordingModule;
-using OmbrixTest::RecordingModuleCollection;
 using Reference = AttributeReference<Attribute>;
+using Calls = std::vector<std::string>;
 
+// Network N (1-1) with doubles A = 1.5, B = 2 and Sum; functors add A and B into Sum with module 0.
 class AIFunctorTest : public ::testing::Test
 {
 protected:
   AIFunctorTest() : definition(AISystem::ModuleType::ONNX, {1, 2})
   {
-    auto network = std::make_unique<Entity>("Network", "N");
-    network->setUniqueID(EntityID(1, 1));
-    for (const char* name : {"A", "B", "Sum"})
-      network->createAttribute(AttributeType::Double, name, AccessType::ReadWrite);
-    static_cast<DoubleAttribute&>(network->getAttribute(AttributePath("A"))).set(1.5);
-    static_cast<DoubleAttribute&>(network->getAttribute(AttributePath("B"))).set(2.0);
+    auto network = OmbrixTest::makeEntity("Network", "N", {1, 1});
+    OmbrixTest::addValue(*network, "A", 1.5);
+    OmbrixTest::addValue(*network, "B", 2.0);
+    OmbrixTest::addValue(*network, "Sum", 0.0);
     entities.addRootEntity(std::move(network));
     definition.assignId(0);
   }
@@ -49,7 +45,7 @@ protected:
 
   EntityCollection entities;
   AIModuleDefinition definition;
-  RecordingModuleCollection modules;
+  OmbrixTest::RecordingModuleCollection modules;
 };
 
 TEST_F(AIFunctorTest, LifecycleCallsTheModuleInOrder)
@@ -58,41 +54,33 @@ TEST_F(AIFunctorTest, LifecycleCallsTheModuleInOrder)
   AIFunctor functor = makeFunctor();
   EXPECT_FALSE(functor.isInitialized());
   EXPECT_EQ(functor.getDefinitionId(), 0u);
-
   functor.initialize(modules, entities, true, false);
   EXPECT_TRUE(functor.isInitialized());
-  const auto errors = functor.execute();
-  EXPECT_EQ(errors, (std::vector<EntityError>{
-                        EntityError(EntityID(1, 1), "checked", EntityErrorLevel::Information)}));
+  EXPECT_EQ(functor.execute(),
+            std::vector<EntityError>{EntityError(EntityID(1, 1), "checked", EntityErrorLevel::Information)});
   EXPECT_EQ(attribute("Sum").getDoubleValue(Chronology::Current, false), 3.5);
-  // A second initialisation before terminate changes nothing.
-  functor.initialize(modules, entities, false, false);
+  functor.initialize(modules, entities, false, false); // again before terminate: changes nothing
   functor.terminate();
   EXPECT_FALSE(functor.isInitialized());
-  // Terminating twice does not reach the module again.
-  functor.terminate();
-  EXPECT_EQ(modules.calls, (std::vector<std::string>{"find 0", "initialise true",
-                                                     "execute F owner N inputs 2 outputs 1", "terminate"}));
+  functor.terminate(); // twice: does not reach the module again
+  EXPECT_EQ(modules.calls,
+            (Calls{"find 0", "initialise true", "execute F owner N inputs 2 outputs 1", "terminate"}));
   EXPECT_THROW_MSG(functor.execute(), std::runtime_error, "Error in AI Model : F No Model");
-
   // After terminate the functor can be initialised again.
   functor.initialize(modules, entities, false, false);
-  EXPECT_NO_THROW(functor.execute());
+  EXPECT_EQ(functor.execute().size(), 1u);
   EXPECT_EQ(modules.calls.at(5), "initialise false");
 }
 
 TEST_F(AIFunctorTest, ExecutionFailuresCarryTheFunctorName)
 {
   RecordingModule& module = modules.add(0);
-  const std::pair<RecordingModule::Failure, const char*> cases[] = {
-      {RecordingModule::Failure::Standard, "Error in AI Model : Flow model - x"},
-      {RecordingModule::Failure::Other, "Error in AI Model : Flow model - Unknown Error"},
-  };
   AIFunctor functor = makeFunctor("Flow model");
   functor.initialize(modules, entities, false, false);
-  for (const auto& [failure, message] : cases)
+  for (const auto& [failure, message] :
+       {std::pair{RecordingModule::Failure::Standard, "Error in AI Model : Flow model - x"},
+        {RecordingModule::Failure::Other, "Error in AI Model : Flow model - Unknown Error"}})
   {
-    SCOPED_TRACE(message);
     module.failure = failure;
     EXPECT_THROW_MSG(functor.execute(), std::runtime_error, message);
   }
@@ -100,62 +88,45 @@ TEST_F(AIFunctorTest, ExecutionFailuresCarryTheFunctorName)
 
 TEST_F(AIFunctorTest, NoModelCases)
 {
-  // Never initialised.
-  EXPECT_THROW_MSG(makeFunctor().execute(), std::runtime_error, "Error in AI Model : F No Model");
-
-  // Identifier unknown to the runtime.
-  AIFunctor unknown = makeFunctor();
+  AIFunctor never = makeFunctor("never initialised");
+  AIFunctor unknown = makeFunctor("unknown to the runtime");
   unknown.initialize(modules, entities, false, false);
-  EXPECT_THROW_MSG(unknown.execute(), std::runtime_error, "Error in AI Model : F No Model");
-
-  // No definition at all: nothing is looked up.
   modules.add(0);
-  modules.calls.clear();
-  AIFunctor withoutDefinition("G", &network(), {}, {}, nullptr);
+  AIFunctor withoutDefinition("without definition", &network(), {}, {}, nullptr);
   withoutDefinition.initialize(modules, entities, false, false);
-  EXPECT_TRUE(modules.calls.empty());
-  EXPECT_THROW_MSG(withoutDefinition.execute(), std::runtime_error, "Error in AI Model : G No Model");
+  EXPECT_EQ(modules.calls, Calls{"find 0"}) << "without a definition nothing is looked up";
+  for (AIFunctor* functor : {&never, &unknown, &withoutDefinition})
+    EXPECT_THROW_MSG(functor->execute(), std::runtime_error,
+                     "Error in AI Model : " + functor->getName() + " No Model");
 }
 
-TEST_F(AIFunctorTest, OutputsOnlyAttachesOutputsButNoModuleAndNoInputs)
+TEST_F(AIFunctorTest, InitialisingAgainstARebuiltCollectionAttachesThere)
 {
   modules.add(0);
-  AIFunctor functor = makeFunctor();
-  FileSystem::DataOStream out;
-  out << entities;
-  EntityCollection rebuilt;
-  FileSystem::DataIStream in(out.data());
-  in >> rebuilt;
-  ASSERT_TRUE(in.good());
-
-  functor.initialize(modules, rebuilt, true, true);
-  EXPECT_TRUE(modules.calls.empty());
-  Entity& copy = *rebuilt.getEntity(EntityID(1, 1));
-  EXPECT_EQ(functor.getOutputs().at(0).get(), &copy.getAttribute(AttributePath("Sum")));
-  // The inputs were not re-attached: they still point into the first collection.
-  EXPECT_EQ(functor.getInputs().at(0).get(), &attribute("A"));
-  EXPECT_THROW_MSG(functor.execute(), std::runtime_error, "Error in AI Model : F No Model");
-  functor.terminate();
-  EXPECT_TRUE(modules.calls.empty());
-}
-
-TEST_F(AIFunctorTest, InitialisingAgainstARebuiltCollectionWritesIntoIt)
-{
-  modules.add(0);
-  AIFunctor functor = makeFunctor();
-  FileSystem::DataOStream out;
-  out << entities;
-  EntityCollection rebuilt;
-  FileSystem::DataIStream in(out.data());
-  in >> rebuilt;
-  ASSERT_TRUE(in.good());
-
-  functor.initialize(modules, rebuilt, false, false);
-  functor.execute();
-  Entity& copy = *rebuilt.getEntity(EntityID(1, 1));
-  EXPECT_EQ(copy.getAttribute(AttributePath("Sum")).getDoubleValue(Chronology::Current, false), 3.5);
-  EXPECT_FALSE(attribute("Sum").hasValue(Chronology::Current, false) &&
-               attribute("Sum").getDoubleValue(Chronology::Current, false) == 3.5);
+  for (const bool outputsOnly : {false, true})
+  {
+    SCOPED_TRACE(outputsOnly);
+    EntityCollection rebuilt = OmbrixTest::roundTrip(entities, FileSystem::DataStreamKind::Binary);
+    Entity& copy = *rebuilt.getEntity(EntityID(1, 1));
+    AIFunctor functor = makeFunctor();
+    modules.calls.clear();
+    functor.initialize(modules, rebuilt, false, outputsOnly);
+    EXPECT_EQ(functor.getOwner().get(), &copy);
+    EXPECT_EQ(functor.getOutputs().at(0).get(), &copy.getAttribute(AttributePath("Sum")));
+    if (outputsOnly)
+    {
+      // Neither the module nor the inputs are attached: the inputs still point into the first collection.
+      EXPECT_EQ(functor.getInputs().at(0).get(), &attribute("A"));
+      EXPECT_THROW_MSG(functor.execute(), std::runtime_error, "Error in AI Model : F No Model");
+      functor.terminate();
+      EXPECT_TRUE(modules.calls.empty());
+      continue;
+    }
+    EXPECT_EQ(functor.getInputs().at(1).get(), &copy.getAttribute(AttributePath("B")));
+    functor.execute();
+    EXPECT_EQ(copy.getAttribute(AttributePath("Sum")).getDoubleValue(Chronology::Current, false), 3.5);
+    EXPECT_EQ(attribute("Sum").getDoubleValue(Chronology::Current, false), 0.0);
+  }
 }
 
 TEST_F(AIFunctorTest, EqualityIgnoresOwnerAndInitialisation)
@@ -182,69 +153,46 @@ TEST_F(AIFunctorTest, EqualityIgnoresOwnerAndInitialisation)
   }
 }
 
-TEST_F(AIFunctorTest, StreamLayout)
+TEST_F(AIFunctorTest, StreamFormRoundTripAndCuts)
 {
-  const AIFunctor functor = makeFunctor();
-  FileSystem::DataOStream out;
-  out << functor;
-
-  FileSystem::DataOStream expected;
-  expected.beginSection("AIFunctor");
-  expected.key("Name");
-  expected << std::string("F");
-  expected.key("Owner");
-  expected << Reference(network());
-  expected.beginSection("Inputs");
-  expected << functor.getInputs();
-  expected.endSection();
-  expected.beginSection("Ouptuts");
-  expected << functor.getOutputs();
-  expected.endSection();
-  expected.beginSection("Model");
-  expected << functor.getModel();
-  expected.endSection();
-  expected.endSection();
-  EXPECT_EQ(out.data(), expected.data());
-}
-
-TEST_F(AIFunctorTest, StreamRoundTripGivesAnUninitialisedEqualFunctor)
-{
+  // The sections of the text form, with the section name as the format has it.
+  EXPECT_EQ(OmbrixTest::streamed(AIFunctor("F", nullptr, {}, {}, nullptr), FileSystem::DataStreamKind::Text),
+            R"(<AIFunctor>
+  Name "F"
+  Owner
+  <AttributeReference>
+    EntityID false
+    AttributePath 0
+  </AttributeReference>
+  <Inputs>
+    0
+  </Inputs>
+  <Ouptuts>
+    0
+  </Ouptuts>
+  <Model>
+    <AIModuleReference>
+      DefinitionId false
+    </AIModuleReference>
+  </Model>
+</AIFunctor>
+)");
   modules.add(0);
   AIFunctor original = makeFunctor();
   original.initialize(modules, entities, false, false);
-  for (const auto kind : {FileSystem::DataStreamKind::Binary, FileSystem::DataStreamKind::Text})
+  for (const auto kind : OmbrixTest::kStreamKinds)
   {
-    FileSystem::DataOStream out(kind);
-    out << original;
-    AIFunctor read;
-    FileSystem::DataIStream in(out.data(), kind);
-    in >> read;
-    ASSERT_TRUE(in.good());
+    AIFunctor read = OmbrixTest::roundTrip(original, kind);
     EXPECT_EQ(read, original);
     EXPECT_EQ(read.getName(), "F");
     EXPECT_FALSE(read.isInitialized());
     EXPECT_EQ(read.getOwner(), original.getOwner());
-
     read.initialize(modules, entities, false, false);
     EXPECT_EQ(read.getInputs().at(1).get(), &attribute("B"));
     EXPECT_EQ(read.execute().size(), 1u);
   }
-}
-
-TEST_F(AIFunctorTest, TruncatedStreamLeavesTheFunctorUnchanged)
-{
-  FileSystem::DataOStream out;
-  out << makeFunctor();
-  const AIFunctor before = makeFunctor("Before");
-  for (std::size_t length = 0; length < out.data().size(); length += 7)
-  {
-    SCOPED_TRACE(length);
-    AIFunctor read = before;
-    FileSystem::DataIStream in(out.data().substr(0, length));
-    in >> read;
-    EXPECT_FALSE(in.good());
-    EXPECT_EQ(read, before);
-  }
+  OmbrixTest::expectCutsFail(OmbrixTest::streamed(original, FileSystem::DataStreamKind::Binary),
+                             makeFunctor("Before"), 7);
 }
 
 } // namespace

@@ -1,10 +1,9 @@
 #include "ombrix/ai/AIModuleReference.h"
 
 #include "ombrix/ai/AIModuleDefinition.h"
-#include "ombrix/platform/DataIStream.h"
-#include "ombrix/platform/DataOStream.h"
 
 #include "ai/RecordingModules.h"
+#include "support/Tables.h"
 
 #include <gtest/gtest.h>
 
@@ -13,11 +12,11 @@ namespace
 
 using Ombrix::AIModuleDefinition;
 using Ombrix::AIModuleReference;
-using OmbrixTest::RecordingModuleCollection;
+using Id = std::optional<std::size_t>;
 
-TEST(AIModuleReference, ReattachLooksUpTheDefinitionIdentifier)
+TEST(AIModuleReference, ReattachLooksUpTheDefinitionIdentifierIfAny)
 {
-  RecordingModuleCollection modules;
+  OmbrixTest::RecordingModuleCollection modules;
   auto& module = modules.add(2);
   AIModuleDefinition definition(AISystem::ModuleType::ONNX, {1});
   definition.assignId(2);
@@ -30,60 +29,51 @@ TEST(AIModuleReference, ReattachLooksUpTheDefinitionIdentifier)
   EXPECT_TRUE(reference.empty());
   EXPECT_EQ(reference.getId(), 2u);
 
-  AIModuleReference unknown(std::optional<std::size_t>(5));
-  unknown.reattach(modules);
-  EXPECT_TRUE(unknown.empty());
-  EXPECT_EQ(modules.calls, (std::vector<std::string>{"find 2", "find 5"}));
-}
-
-TEST(AIModuleReference, WithoutIdentifierReattachDoesNothing)
-{
-  RecordingModuleCollection modules;
-  modules.add(0);
+  AIModuleReference unknown(Id(5));
   AIModuleReference fromNull(static_cast<const AIModuleDefinition*>(nullptr));
   EXPECT_FALSE(fromNull.getId().has_value());
-  fromNull.reattach(modules);
-  EXPECT_TRUE(fromNull.empty());
-  EXPECT_TRUE(modules.calls.empty());
+  for (AIModuleReference* r : {&unknown, &fromNull})
+  {
+    r->reattach(modules);
+    EXPECT_TRUE(r->empty());
+  }
+  EXPECT_EQ(modules.calls, (std::vector<std::string>{"find 2", "find 5"}));
 }
 
 TEST(AIModuleReference, EqualityByIdentifierOnly)
 {
-  RecordingModuleCollection modules;
+  OmbrixTest::RecordingModuleCollection modules;
   modules.add(1);
-  AIModuleReference attached(std::optional<std::size_t>(1));
+  AIModuleReference attached(Id(1));
   attached.reattach(modules);
-  EXPECT_EQ(attached, AIModuleReference(std::optional<std::size_t>(1)));
-  EXPECT_NE(attached, AIModuleReference(std::optional<std::size_t>(0)));
+  EXPECT_EQ(attached, AIModuleReference(Id(1)));
+  EXPECT_NE(attached, AIModuleReference(Id(0)));
   EXPECT_NE(attached, AIModuleReference());
   EXPECT_EQ(AIModuleReference(), AIModuleReference(static_cast<const AIModuleDefinition*>(nullptr)));
 }
 
-TEST(AIModuleReference, StreamFormAndRoundTrip)
+TEST(AIModuleReference, StreamFormRoundTripAndCuts)
 {
-  FileSystem::DataOStream out;
-  out << AIModuleReference(std::optional<std::size_t>(6));
-  FileSystem::DataOStream expected;
-  expected.beginSection("AIModuleReference");
-  expected.key("DefinitionId");
-  expected << true << std::uint64_t(6);
-  expected.endSection();
-  EXPECT_EQ(out.data(), expected.data());
-
-  for (const auto& original : {AIModuleReference(), AIModuleReference(std::optional<std::size_t>(0))})
+  const AIModuleReference six(Id(6));
+  EXPECT_EQ(OmbrixTest::streamed(six, FileSystem::DataStreamKind::Text),
+            "<AIModuleReference>\n  DefinitionId true 6\n</AIModuleReference>\n");
+  EXPECT_EQ(OmbrixTest::streamed(AIModuleReference(), FileSystem::DataStreamKind::Text),
+            "<AIModuleReference>\n  DefinitionId false\n</AIModuleReference>\n");
+  OmbrixTest::RecordingModuleCollection modules;
+  modules.add(3);
+  for (const auto kind : OmbrixTest::kStreamKinds)
   {
-    FileSystem::DataOStream written;
-    written << original;
-    RecordingModuleCollection modules;
-    modules.add(3);
-    AIModuleReference read(std::optional<std::size_t>(3));
-    read.reattach(modules);
-    FileSystem::DataIStream in(written.data());
-    in >> read;
-    ASSERT_TRUE(in.good());
-    EXPECT_EQ(read, original);
-    EXPECT_TRUE(read.empty());
+    for (const auto& original : {AIModuleReference(), AIModuleReference(Id(0)), six})
+    {
+      AIModuleReference attached(Id(3));
+      attached.reattach(modules);
+      const AIModuleReference read = OmbrixTest::roundTrip(original, kind, attached);
+      EXPECT_EQ(read, original);
+      EXPECT_TRUE(read.empty()) << "a read reference is not attached";
+    }
   }
+  OmbrixTest::expectCutsFail(OmbrixTest::streamed(six, FileSystem::DataStreamKind::Binary),
+                             AIModuleReference(Id(3)));
 }
 
 } // namespace

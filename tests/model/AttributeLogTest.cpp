@@ -12,6 +12,7 @@
 using namespace Ombrix::Model;
 using KorvanSDK::AccessType;
 using C = KorvanSDK::Chronology;
+using Records = std::vector<std::string>;
 
 namespace
 {
@@ -26,14 +27,16 @@ protected:
     Ombrix::LogManager::instance().initialize(logPath, Ombrix::LogLevel::Informational);
   }
 
-  std::vector<std::string> records() const
+  Records records() const
   {
-    std::vector<std::string> result;
+    Records result;
     const auto all = lines();
     for (std::size_t i = 1; i < all.size(); ++i)
       result.push_back(OmbrixTest::withoutStamp(all[i]));
     return result;
   }
+
+  static std::string record(const std::string& text) { return "\tInformational\t\tAttribute '" + text; }
 
   std::unique_ptr<Entity> entity = OmbrixTest::makeEntity("Pump", "P", EntityID(12, 3));
   CompositeAttribute& group = OmbrixTest::addComposite(*entity, "Group");
@@ -42,27 +45,26 @@ protected:
 
 } // namespace
 
-TEST_F(AttributeLogTest, UserWriteIsRecorded)
+TEST_F(AttributeLogTest, RecordNamesPlaceChronologyAndValueText)
 {
   value.setIntValue(25, C::Current, true);
-  EXPECT_EQ(records(), std::vector<std::string>{
-                           "\tInformational\t\tAttribute '12-3:Group.Value:Current ,[3]' set to '25'"});
-}
-
-TEST_F(AttributeLogTest, RecordNamesChronologyAndValueText)
-{
   auto& d = OmbrixTest::addValue<double>(*entity, "Time", 0.0);
   d.setDoubleValue(0.5, C::Initial, true);
   d.setStringValue("2", C::Next, true);
-  auto& b = OmbrixTest::addValue<bool>(group, "On", false);
-  b.setBoolValue(true, C::TimeStepStart, true);
+  OmbrixTest::addValue<bool>(group, "On", false).setBoolValue(true, C::TimeStepStart, true);
   CompositeAttribute loose("Root", AccessType::ReadWrite, nullptr);
   OmbrixTest::addValue<std::string>(loose, "Name", "").setStringValue("it's %s", C::Continue, true);
-  EXPECT_EQ(records(), (std::vector<std::string>{
-                           "\tInformational\t\tAttribute '12-3:Time:Initial ,[0]' set to '0.500000'",
-                           "\tInformational\t\tAttribute '12-3:Time:Next ,[4]' set to '2.000000'",
-                           "\tInformational\t\tAttribute '12-3:Group.On:TimeStepStart ,[2]' set to 'Yes'",
-                           "\tInformational\t\tAttribute '0-0:Root.Name:Continue ,[1]' set to 'it's %s'",
+  OmbrixTest::addValue<int>(*entity, "Other", 0);
+  OmbrixTest::addShortcut(*entity, "Both", {"Group.Value", "Other"}).setIntValue(8, C::Current, true);
+  EXPECT_EQ(records(), (Records{
+                           record("12-3:Group.Value:Current ,[3]' set to '25'"),
+                           record("12-3:Time:Initial ,[0]' set to '0.500000'"),
+                           record("12-3:Time:Next ,[4]' set to '2.000000'"),
+                           record("12-3:Group.On:TimeStepStart ,[2]' set to 'Yes'"),
+                           record("0-0:Root.Name:Continue ,[1]' set to 'it's %s'"),
+                           // A write through a shortcut records each target.
+                           record("12-3:Group.Value:Current ,[3]' set to '8'"),
+                           record("12-3:Other:Current ,[3]' set to '8'"),
                        }));
 }
 
@@ -82,20 +84,6 @@ TEST_F(AttributeLogTest, InternalAndFailedWritesAreNotRecorded)
   EXPECT_EQ(value.get(C::Current), 2);
 }
 
-TEST_F(AttributeLogTest, WritesThroughAShortcutRecordEachTarget)
-{
-  auto& other = OmbrixTest::addValue<int>(*entity, "Other", 0);
-  (void)other;
-  auto* shortcut = static_cast<ShortcutAttribute*>(
-      entity->createAttribute(KorvanSDK::AttributeType::Shortcut, "Both", AccessType::ReadWrite));
-  shortcut->addShortcut(std::vector<AttributePath>{AttributePath("Group.Value"), AttributePath("Other")});
-  shortcut->setIntValue(8, C::Current, true);
-  EXPECT_EQ(records(), (std::vector<std::string>{
-                           "\tInformational\t\tAttribute '12-3:Group.Value:Current ,[3]' set to '8'",
-                           "\tInformational\t\tAttribute '12-3:Other:Current ,[3]' set to '8'",
-                       }));
-}
-
 TEST_F(AttributeLogTest, NothingBelowInformationalOrWhenInactive)
 {
   Ombrix::LogManager::instance().initialize(logPath, Ombrix::LogLevel::Message);
@@ -104,6 +92,6 @@ TEST_F(AttributeLogTest, NothingBelowInformationalOrWhenInactive)
   Ombrix::LogManager::instance().terminate();
   value.setIntValue(5, C::Current, true);
   EXPECT_EQ(value.get(C::Current), 5);
-  EXPECT_EQ(records(), std::vector<std::string>{"\t\tLogger Logging Finished"});
+  EXPECT_EQ(records(), Records{"\t\tLogger Logging Finished"});
   Ombrix::LogManager::instance().recordAttributeSetValue(nullptr, C::Current);
 }

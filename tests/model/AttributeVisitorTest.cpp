@@ -10,19 +10,16 @@
 #include "support/TestSupport.h"
 
 using namespace Ombrix::Model;
+using OmbrixTest::addLink;
 using OmbrixTest::makeEntity;
+using Names = std::vector<std::string>;
 
 namespace
 {
 
-template <typename Link> Link& addLink(CompositeAttribute& parent, const std::string& name, bool owns)
+Names namesOf(const std::vector<Entity*>& entities)
 {
-  return static_cast<Link&>(*parent.addAttribute(std::make_unique<Link>(name, owns, nullptr)));
-}
-
-std::vector<std::string> namesOf(const std::vector<Entity*>& entities)
-{
-  std::vector<std::string> names;
+  Names names;
   for (const Entity* e : entities)
     names.push_back(e->name());
   return names;
@@ -32,7 +29,7 @@ std::vector<std::string> namesOf(const std::vector<Entity*>& entities)
 class Recorder : public AttributeVisitorConstAbstract
 {
 public:
-  std::vector<std::string> seen;
+  Names seen;
   void visit(const Entity& e) override
   {
     seen.push_back("E:" + e.name());
@@ -64,16 +61,13 @@ TEST(AttributeVisitorTest, ExtractIsPreOrderThroughOwnedLinksOnly)
   addLink<ArrayAttribute>(*root, "RefArray", false).addEntity(makeEntity("T", "NotOwned3", EntityID(8, 8)));
   addLink<LinkAttribute>(*root, "EmptyLink", true);
 
-  EXPECT_EQ(namesOf(EntityExtractVisitor::extract(*root)),
-            (std::vector<std::string>{"Root", "A", "A1", "B", "C"}));
-  EXPECT_EQ(namesOf(EntityExtractVisitor::extract(*a)), (std::vector<std::string>{"A", "A1"}));
-
+  EXPECT_EQ(namesOf(EntityExtractVisitor::extract(*root)), (Names{"Root", "A", "A1", "B", "C"}));
+  EXPECT_EQ(namesOf(EntityExtractVisitor::extract(*a)), (Names{"A", "A1"}));
   Entity lonely("T", "Lonely");
-  EXPECT_EQ(namesOf(EntityExtractVisitor::extract(lonely)), std::vector<std::string>{"Lonely"});
-
+  EXPECT_EQ(namesOf(EntityExtractVisitor::extract(lonely)), Names{"Lonely"});
   std::vector<Entity*> out{&lonely};
   EntityExtractVisitor::extract(*a, out);
-  EXPECT_EQ(namesOf(out), (std::vector<std::string>{"Lonely", "A", "A1"}));
+  EXPECT_EQ(namesOf(out), (Names{"Lonely", "A", "A1"}));
 }
 
 TEST(AttributeVisitorTest, ConstWalkVisitsChildrenInOrderAndLeavesLeavesAlone)
@@ -82,14 +76,11 @@ TEST(AttributeVisitorTest, ConstWalkVisitsChildrenInOrderAndLeavesLeavesAlone)
   OmbrixTest::addValue<int>(*root, "I", 1);
   auto& group = OmbrixTest::addComposite(*root, "G");
   OmbrixTest::addValue<double>(group, "D", 1.0);
-  auto* shortcut = static_cast<ShortcutAttribute*>(
-      root->createAttribute(KorvanSDK::AttributeType::Shortcut, "S", KorvanSDK::AccessType::ReadWrite));
-  shortcut->addShortcut(AttributePath("G"));
-  auto& link = addLink<LinkAttribute>(*root, "L", true);
-  link.addEntity(makeEntity("T", "Child", EntityID(2, 2)));
+  OmbrixTest::addShortcut(*root, "S", {"G"});
+  addLink<LinkAttribute>(*root, "L", true).addEntity(makeEntity("T", "Child", EntityID(2, 2)));
   addLink<ListAttribute>(*root, "Refs", false).addEntity(makeEntity("T", "Ref", EntityID(3, 3)));
 
   Recorder recorder;
   static_cast<const Entity&>(*root).accept(recorder);
-  EXPECT_EQ(recorder.seen, (std::vector<std::string>{"E:Root", "I:I", "C:G", "D:D", "S:S", "E:Child"}));
+  EXPECT_EQ(recorder.seen, (Names{"E:Root", "I:I", "C:G", "D:D", "S:S", "E:Child"}));
 }

@@ -2,9 +2,9 @@
 
 #include "ombrix/model/ArrayAttribute.h"
 #include "ombrix/model/ListAttribute.h"
-#include "ombrix/platform/DataOStream.h"
 
 #include "model/ModelTestSupport.h"
+#include "support/Tables.h"
 #include "support/TestSupport.h"
 
 #include <stdexcept>
@@ -12,12 +12,12 @@
 using namespace Ombrix::Model;
 using KorvanSDK::AccessType;
 using OmbrixTest::makeEntity;
+using IDs = std::vector<EntityID>;
 
-TEST(LinkAttributeTest, SingleLinkLookupsAndMessages)
+TEST(LinkAttributeTest, SingleLinkHoldsTheLastEntity)
 {
   Entity owner("Rack", "R");
-  auto& link = static_cast<LinkAttribute&>(
-      *owner.addAttribute(std::make_unique<LinkAttribute>("Main", true, nullptr)));
+  auto& link = OmbrixTest::addLink<LinkAttribute>(owner, "Main", true);
   EXPECT_EQ(link.getNumberOfEntities(), 0u);
   EXPECT_FALSE(link.hasEntities());
   EXPECT_EQ(link.getEntity(false), nullptr);
@@ -42,14 +42,13 @@ TEST(LinkAttributeTest, SingleLinkLookupsAndMessages)
   EXPECT_EQ(link.getNumberOfEntities(), 1u);
   EXPECT_EQ(link.getEntity(false), second);
   EXPECT_FALSE(link.hasEntity(EntityID(1, 2)));
-  EXPECT_EQ(link.getEntityIDs(), std::vector<EntityID>{EntityID(3, 4)});
+  EXPECT_EQ(link.getEntityIDs(), IDs{EntityID(3, 4)});
 }
 
 TEST(LinkAttributeTest, SequenceLookupsAndMessages)
 {
   Entity owner("Rack", "R");
-  auto& list = static_cast<ListAttribute&>(
-      *owner.addAttribute(std::make_unique<ListAttribute>("Servers", true, nullptr)));
+  auto& list = OmbrixTest::addLink<ListAttribute>(owner, "Servers", true);
   list.addEntity(makeEntity("Server", "A", EntityID(1, 1)));
   Entity* b = list.addEntity(makeEntity("Server", "B", EntityID(2, 2)));
   list.addEntity(makeEntity("Server", "C", EntityID(2, 2)));
@@ -57,22 +56,20 @@ TEST(LinkAttributeTest, SequenceLookupsAndMessages)
   EXPECT_EQ(list.getNumberOfEntities(), 3u);
   EXPECT_TRUE(list.hasEntity(std::size_t{2}));
   EXPECT_FALSE(list.hasEntity(std::size_t{3}));
-  EXPECT_THROW_MSG(list.getEntity(std::size_t{3}), std::out_of_range, "No Entity found with entity_i='3'");
   EXPECT_EQ(list.getEntity(EntityID(2, 2)), b); // the earlier of two equal IDs
-  EXPECT_THROW_MSG(list.getEntity(EntityID(9, 9)), std::out_of_range, "No Entity Found for entity_ID='9-9'");
-  EXPECT_EQ(list.getEntityIDs(), (std::vector<EntityID>{EntityID(1, 1), EntityID(2, 2), EntityID(2, 2)}));
+  EXPECT_EQ(list.getEntityIDs(), (IDs{EntityID(1, 1), EntityID(2, 2), EntityID(2, 2)}));
   EXPECT_EQ(b->getParent(), &owner);
   EXPECT_EQ(b->getParentEntityLink(), &list);
-
   EXPECT_EQ(&list.getAttribute(AttributePath("1")), b);
   EXPECT_EQ(&list.getAttribute(AttributePath()), &list);
+  EXPECT_FALSE(list.hasAttribute(AttributePath("-1")));
+  EXPECT_FALSE(list.hasAttribute(AttributePath("1x")));
+  EXPECT_THROW_MSG(list.getEntity(std::size_t{3}), std::out_of_range, "No Entity found with entity_i='3'");
+  EXPECT_THROW_MSG(list.getEntity(EntityID(9, 9)), std::out_of_range, "No Entity Found for entity_ID='9-9'");
   EXPECT_THROW_MSG(list.getAttribute(AttributePath("x")), std::runtime_error,
                    "Invalid path Rack.Servers : 'x' is not an entity index");
   EXPECT_THROW_MSG(list.getAttribute(AttributePath("7.Name")), std::out_of_range,
                    "No Entity found with entity_i='7'");
-  EXPECT_FALSE(list.hasAttribute(AttributePath("-1")));
-  EXPECT_FALSE(list.hasAttribute(AttributePath("1x")));
-
   ArrayAttribute array("Slots", true, nullptr);
   EXPECT_THROW_MSG(array.getEntity(std::size_t{0}), std::out_of_range, "No Entity found with entity_i='0'");
 }
@@ -91,7 +88,6 @@ TEST(LinkAttributeTest, ReparentingFollowsOwnership)
     Entity* b = link->addEntity(makeEntity("Server", "B", EntityID(2, 2)));
     EXPECT_EQ(a->getParent(), &oldOwner); // adding sets the parent whatever the flag
     EXPECT_EQ(b->getParent(), &oldOwner);
-
     newOwner.addAttribute(std::move(list));
     newOwner.addAttribute(std::move(link));
     EXPECT_EQ(a->getParent(), owns ? &newOwner : &oldOwner);
@@ -99,36 +95,38 @@ TEST(LinkAttributeTest, ReparentingFollowsOwnership)
   }
 }
 
-TEST(LinkAttributeTest, EqualityIgnoresOwnsEntities)
+TEST(LinkAttributeTest, EqualityComparesRelationshipAndEntitiesButNotOwnership)
 {
-  LinkAttribute a("L", "uses", AccessType::ReadOnly, true, nullptr);
-  LinkAttribute b("L", "uses", AccessType::ReadOnly, false, nullptr);
-  EXPECT_TRUE(a.isEqual(b));
-  a.addEntity(makeEntity("T", "N", EntityID(1, 1)));
-  EXPECT_FALSE(a.isEqual(b));
-  EXPECT_FALSE(b.isEqual(a));
-  b.addEntity(makeEntity("T", "N", EntityID(1, 1)));
-  EXPECT_TRUE(a.isEqual(b));
-  b.addEntity(makeEntity("T", "N", EntityID(1, 2)));
-  EXPECT_FALSE(a.isEqual(b));
-  LinkAttribute c("L", "owns", AccessType::ReadOnly, true, nullptr);
-  c.addEntity(makeEntity("T", "N", EntityID(1, 1)));
-  EXPECT_FALSE(a.isEqual(c));
-
-  ListAttribute l1("L", "r", AccessType::None, true, nullptr);
-  ListAttribute l2("L", "r", AccessType::None, false, nullptr);
-  l1.addEntity(makeEntity("T", "A", EntityID(1, 1)));
-  l1.addEntity(makeEntity("T", "B", EntityID(2, 2)));
-  l2.addEntity(makeEntity("T", "A", EntityID(1, 1)));
-  EXPECT_FALSE(l1.isEqual(l2));
-  l2.addEntity(makeEntity("T", "B", EntityID(2, 2)));
-  EXPECT_TRUE(l1.isEqual(l2));
-  EXPECT_TRUE(l1 == l2);
+  // Links of "uses" holding the entities of the given IDs, owning them or not.
+  const auto link = [](const char* relationship, bool owns, const IDs& ids)
+  {
+    auto made = std::make_unique<ListAttribute>("L", relationship, AccessType::ReadOnly, owns, nullptr);
+    for (const auto& id : ids)
+      made->addEntity(makeEntity("T", "N", id));
+    return made;
+  };
+  const auto base = link("uses", true, {EntityID(1, 1), EntityID(2, 2)});
+  EXPECT_TRUE(base->isEqual(*link("uses", false, {EntityID(1, 1), EntityID(2, 2)})));
+  EXPECT_TRUE(*base == *link("uses", true, {EntityID(1, 1), EntityID(2, 2)}));
+  for (const auto& other : {link("uses", true, {EntityID(1, 1)}), link("uses", true, {}),
+                            link("owns", true, {EntityID(1, 1), EntityID(2, 2)}),
+                            link("uses", true, {EntityID(1, 1), EntityID(2, 3)}),
+                            link("uses", true, {EntityID(1, 1), EntityID(2, 2), EntityID(3, 3)})})
+  {
+    EXPECT_FALSE(base->isEqual(*other));
+    EXPECT_FALSE(other->isEqual(*base));
+  }
+  LinkAttribute single("L", "uses", AccessType::ReadOnly, true, nullptr);
+  LinkAttribute empty("L", "uses", AccessType::ReadOnly, false, nullptr);
+  EXPECT_TRUE(single.isEqual(empty));
+  single.addEntity(makeEntity("T", "N", EntityID(1, 1)));
+  EXPECT_FALSE(single.isEqual(empty));
+  EXPECT_FALSE(empty.isEqual(single));
 }
 
 TEST(LinkAttributeTest, ListAndArrayStreamAlikeButForTheirType)
 {
-  for (auto kind : {FileSystem::DataStreamKind::Binary, FileSystem::DataStreamKind::Text})
+  for (auto kind : OmbrixTest::kStreamKinds)
   {
     ListAttribute list("Items", "holds", AccessType::ReadWrite, true, nullptr);
     ArrayAttribute array("Items", "holds", AccessType::ReadWrite, true, nullptr);
@@ -138,22 +136,13 @@ TEST(LinkAttributeTest, ListAndArrayStreamAlikeButForTheirType)
     FileSystem::DataOStream arrayOut(kind);
     list.toStream(listOut);
     array.toStream(arrayOut);
-    ASSERT_TRUE(listOut.good());
-    ASSERT_TRUE(arrayOut.good());
     std::string listData = listOut.data();
-    const std::string arrayData = arrayOut.data();
-    EXPECT_NE(listData, arrayData);
-
     // Writing the array's type number in the list's stream makes the two identical.
-    FileSystem::DataOStream listType(kind);
-    FileSystem::DataOStream arrayType(kind);
-    listType << std::int32_t{8};
-    arrayType << std::int32_t{10};
-    const std::string l = listType.data();
-    const std::string a = arrayType.data();
+    const std::string l = OmbrixTest::streamed(std::int32_t{8}, kind);
     const auto at = listData.find(l, listData.find("Items"));
     ASSERT_NE(at, std::string::npos);
-    listData.replace(at, l.size(), a);
-    EXPECT_EQ(listData, arrayData);
+    listData.replace(at, l.size(), OmbrixTest::streamed(std::int32_t{10}, kind));
+    EXPECT_EQ(listData, arrayOut.data());
+    EXPECT_NE(listOut.data(), arrayOut.data());
   }
 }

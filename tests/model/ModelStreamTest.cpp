@@ -7,6 +7,7 @@
 #include "ombrix/platform/DataOStream.h"
 
 #include "model/ModelTestSupport.h"
+#include "support/Tables.h"
 #include "support/TestSupport.h"
 
 #include <limits>
@@ -15,18 +16,12 @@ using namespace Ombrix::Model;
 using FileSystem::DataStreamKind;
 using KorvanSDK::AccessType;
 using C = KorvanSDK::Chronology;
+using OmbrixTest::addLink;
 using OmbrixTest::addValue;
 using OmbrixTest::makeEntity;
 
 namespace
 {
-
-template <typename Link>
-Link& addLink(CompositeAttribute& parent, const std::string& name, const std::string& relation, bool owns)
-{
-  return static_cast<Link&>(
-      *parent.addAttribute(std::make_unique<Link>(name, relation, AccessType::ReadOnly, owns, nullptr)));
-}
 
 EntityCollection fullCollection()
 {
@@ -45,25 +40,21 @@ EntityCollection fullCollection()
   auto& text = addValue<std::string>(results, "Text", "");
   text.set("later", C::Continue);
 
-  auto& pumps = addLink<ListAttribute>(*plant, "Pumps", "contains", true);
+  auto& pumps = addLink<ListAttribute>(*plant, "Pumps", true, "contains");
   for (int i = 0; i < 3; ++i)
   {
     Entity* pump = pumps.addEntity(makeEntity("Pump", "P" + std::to_string(i), EntityID(10 + i, -i)));
     addValue<double>(*pump, "Speed", 100.0 * i).setUnit("rpm");
-    auto& motor = addLink<LinkAttribute>(*pump, "Motor", "drives", true);
+    auto& motor = addLink<LinkAttribute>(*pump, "Motor", true, "drives");
     if (i != 1)
       addValue<int>(*motor.addEntity(makeEntity("Motor", "M", EntityID(20 + i, 0))), "Poles", 4);
   }
-  auto& slots = addLink<ArrayAttribute>(*plant, "Slots", "", true);
+  auto& slots = addLink<ArrayAttribute>(*plant, "Slots", true, "");
   slots.addEntity(makeEntity("Slot", "S0", EntityID(30, 0)));
-  addLink<ListAttribute>(*plant, "Refs", "uses", false).addEntity(makeEntity("Pump", "Ref", EntityID(40, 0)));
-  addLink<ArrayAttribute>(*plant, "EmptyArray", "x", true);
+  addLink<ListAttribute>(*plant, "Refs", false, "uses").addEntity(makeEntity("Pump", "Ref", EntityID(40, 0)));
+  addLink<ArrayAttribute>(*plant, "EmptyArray", true, "x");
 
-  auto* shortcut = static_cast<ShortcutAttribute*>(
-      results.createAttribute(KorvanSDK::AttributeType::Shortcut, "AllSpeeds", AccessType::ReadWrite));
-  shortcut->addShortcut(std::vector<AttributePath>{AttributePath("Pumps.0.Speed"),
-                                                   AttributePath("Pumps.2.Speed"), AttributePath("Gone.Away"),
-                                                   AttributePath("a..b")});
+  OmbrixTest::addShortcut(results, "AllSpeeds", {"Pumps.0.Speed", "Pumps.2.Speed", "Gone.Away", "a..b"});
 
   EntityCollection collection(std::move(plant));
   collection.addRootEntity(makeEntity("Solution Control", "SC", EntityID(0, 0)));
@@ -74,34 +65,19 @@ EntityCollection fullCollection()
   return collection;
 }
 
-std::string write(const EntityCollection& collection, DataStreamKind kind)
-{
-  FileSystem::DataOStream out(kind);
-  out << collection;
-  EXPECT_TRUE(out.good());
-  return out.data();
-}
-
-const DataStreamKind kKinds[] = {DataStreamKind::Binary, DataStreamKind::Text};
-
 } // namespace
 
 TEST(ModelStreamTest, CollectionRoundTripsInBothKinds)
 {
   const EntityCollection original = fullCollection();
   ASSERT_EQ(original.size(), 8u); // Main, P0, M, P1, P2, M, S0, SC
-  for (auto kind : kKinds)
+  for (auto kind : OmbrixTest::kStreamKinds)
   {
     SCOPED_TRACE(static_cast<int>(kind));
-    const std::string data = write(original, kind);
-    FileSystem::DataIStream in(data, kind);
-    EntityCollection read;
-    in >> read;
-    ASSERT_TRUE(in.good());
-    EXPECT_TRUE(in.atEnd());
+    const EntityCollection read = OmbrixTest::roundTrip(original, kind);
     EXPECT_TRUE(read.isEqual(original));
     EXPECT_TRUE(original.isEqual(read));
-    EXPECT_EQ(write(read, kind), data);
+    EXPECT_EQ(OmbrixTest::streamed(read, kind), OmbrixTest::streamed(original, kind));
 
     // The links are wired up again: paths, full names, shortcuts and ownership work on the copy.
     Entity* motor = read.getEntity(EntityID(22, 0));
@@ -125,8 +101,9 @@ TEST(ModelStreamTest, DifferencesAreSeen)
 {
   const EntityCollection original = fullCollection();
   EntityCollection changed = fullCollection();
-  static_cast<DoubleAttribute&>(changed.getEntity(EntityID(12, -2))->getAttribute(AttributePath("Speed")))
-      .set(1.0, C::Current);
+  changed.getEntity(EntityID(12, -2))
+      ->getAttribute(AttributePath("Speed"))
+      .setDoubleValue(1.0, C::Current, false);
   EXPECT_FALSE(changed.isEqual(original));
   EntityCollection renamed = fullCollection();
   renamed.getEntity(EntityID(30, 0))->setName("S1");
@@ -136,10 +113,10 @@ TEST(ModelStreamTest, DifferencesAreSeen)
 TEST(ModelStreamTest, TruncatedStreamFailsCleanly)
 {
   const EntityCollection original = fullCollection();
-  for (auto kind : kKinds)
+  for (auto kind : OmbrixTest::kStreamKinds)
   {
     SCOPED_TRACE(static_cast<int>(kind));
-    const std::string data = write(original, kind);
+    const std::string data = OmbrixTest::streamed(original, kind);
     for (std::size_t length = 0; length < data.size(); length += (kind == DataStreamKind::Binary ? 1 : 3))
     {
       FileSystem::DataIStream in(data.substr(0, length), kind);

@@ -2,10 +2,12 @@
 #pragma once
 
 #include "ombrix/model/Entity.h"
+#include "ombrix/model/ShortcutAttribute.h"
 #include "ombrix/model/ValueAttribute.h"
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace OmbrixTest
 {
@@ -35,6 +37,25 @@ inline Ombrix::Model::CompositeAttribute& addComposite(Ombrix::Model::CompositeA
 {
   return static_cast<Ombrix::Model::CompositeAttribute&>(
       *parent.createAttribute(KorvanSDK::AttributeType::Composite, name, KorvanSDK::AccessType::ReadWrite));
+}
+
+// A child link, list or array attribute (ReadOnly) of `parent`.
+template <typename Link>
+Link& addLink(Ombrix::Model::CompositeAttribute& parent, const std::string& name, bool owns,
+              const std::string& relation = "")
+{
+  return static_cast<Link&>(*parent.addAttribute(
+      std::make_unique<Link>(name, relation, KorvanSDK::AccessType::ReadOnly, owns, nullptr)));
+}
+
+inline Ombrix::Model::ShortcutAttribute& addShortcut(Ombrix::Model::CompositeAttribute& parent,
+                                                     const std::string& name,
+                                                     const std::vector<Ombrix::Model::AttributePath>& paths)
+{
+  auto& shortcut = static_cast<Ombrix::Model::ShortcutAttribute&>(
+      *parent.createAttribute(KorvanSDK::AttributeType::Shortcut, name, KorvanSDK::AccessType::ReadWrite));
+  shortcut.addShortcut(paths);
+  return shortcut;
 }
 
 } // namespace OmbrixTest

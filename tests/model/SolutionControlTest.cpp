@@ -6,6 +6,8 @@
 #include "support/TestSupport.h"
 
 #include <cmath>
+#include <functional>
+#include <limits>
 #include <stdexcept>
 
 using namespace Ombrix::Model;
@@ -60,103 +62,85 @@ TEST(SolutionControlTest, DefinitionDefaults)
       {d.getStopOnConvergence(), "Ombrix Control.Stop On Convergence"},
   };
   for (const auto& [path, text] : paths)
-  {
-    SCOPED_TRACE(text);
-    EXPECT_EQ(path, AttributePath(text));
-  }
+    EXPECT_EQ(path, AttributePath(text)) << text;
   EXPECT_EQ(d.getSolutionControlName(), "Solution Control");
   EXPECT_EQ(d.getSolutionControlType(), "Solution Control");
 }
 
-TEST(SolutionControlTest, NullEntityGivesFallbacks)
+TEST(SolutionControlTest, ReadsThroughTheDefinitionPathsOrGivesFallbacksWithoutEntity)
 {
-  const SolutionControlConst control;
-  EXPECT_EQ(control.getIteration(), -1);
-  EXPECT_EQ(control.getNumberOfIterations(), -1);
-  EXPECT_TRUE(std::isnan(control.getTime()));
-  EXPECT_TRUE(std::isnan(control.getTimeStep()));
-  EXPECT_TRUE(std::isnan(control.getTotalSimulationTime()));
-  EXPECT_FALSE(control.isFirstIteration());
-  EXPECT_FALSE(control.isLastIteration());
-  EXPECT_FALSE(control.isTimeVarying());
-  EXPECT_FALSE(control.isFirstTimeStep());
-  EXPECT_FALSE(control.isLastTimeStep());
-  EXPECT_FALSE(control.isConverged());
-  EXPECT_FALSE(control.isStopOnConvergence());
-  EXPECT_FALSE(control.isValid());
-  EXPECT_FALSE(static_cast<bool>(control));
+  using S = const SolutionControlConst&;
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  // {read, without entity, with solutionControlEntity(false)}; bools read as 0 and 1.
+  const std::tuple<const char*, std::function<double(S)>, double, double> cases[] = {
+      {"iteration", [](S c) { return c.getIteration(); }, -1, 12},
+      {"number of iterations", [](S c) { return c.getNumberOfIterations(); }, -1, 100},
+      {"time", [](S c) { return c.getTime(); }, nan, 0.25},
+      {"time step", [](S c) { return c.getTimeStep(); }, nan, 0.01},
+      {"total time", [](S c) { return c.getTotalSimulationTime(); }, nan, 2.0},
+      {"first iteration", [](S c) { return c.isFirstIteration(); }, 0, 0},
+      {"last iteration", [](S c) { return c.isLastIteration(); }, 0, 1},
+      {"time varying", [](S c) { return c.isTimeVarying(); }, 0, 0},
+      {"first time step", [](S c) { return c.isFirstTimeStep(); }, 0, 1},
+      {"last time step", [](S c) { return c.isLastTimeStep(); }, 0, 0},
+      {"converged", [](S c) { return c.isConverged(); }, 0, 1},
+      {"stop on convergence", [](S c) { return c.isStopOnConvergence(); }, 0, 0},
+      {"valid", [](S c) { return c.isValid(); }, 0, 1},
+  };
+  auto entity = solutionControlEntity(false);
+  const SolutionControlConst without;
+  const SolutionControlConst with(entity.get(), SolutionControlDefinition());
+  for (const auto& [name, read, fallback, value] : cases)
+  {
+    SCOPED_TRACE(name);
+    if (std::isnan(fallback))
+      EXPECT_TRUE(std::isnan(read(without)));
+    else
+      EXPECT_EQ(read(without), fallback);
+    EXPECT_EQ(read(with), value);
+  }
   SolutionControl writer;
   writer.setNumberOfIterations(3); // nothing to write, no failure
   writer.setTimeStep(1.f);
 }
 
-TEST(SolutionControlTest, ReadsThroughTheDefinitionPaths)
-{
-  auto entity = solutionControlEntity(false);
-  const SolutionControlConst control(entity.get(), SolutionControlDefinition());
-  EXPECT_TRUE(control.isValid());
-  EXPECT_EQ(control.getIteration(), 12);
-  EXPECT_EQ(control.getNumberOfIterations(), 100);
-  EXPECT_FALSE(control.isFirstIteration());
-  EXPECT_TRUE(control.isLastIteration());
-  EXPECT_FALSE(control.isTransient());
-  EXPECT_EQ(control.getTime(), 0.25);
-  EXPECT_EQ(control.getTimeStep(), 0.01);
-  EXPECT_EQ(control.getTotalSimulationTime(), 2.0);
-  EXPECT_TRUE(control.isFirstTimeStep());
-  EXPECT_FALSE(control.isLastTimeStep());
-  EXPECT_TRUE(control.isConverged());
-  EXPECT_FALSE(control.isStopOnConvergence());
-}
-
 TEST(SolutionControlTest, IterationCountFollowsTimeVarying)
 {
-  struct Case
+  // A transient model counts the iterations of a time step; the steady count stays as it was.
+  for (const auto& [transient, expected, steady] :
+       {std::tuple{std::optional<bool>(true), 7, 100}, {false, 100, 51}, {std::nullopt, 100, 51}})
   {
-    std::optional<bool> transient;
-    int expected;
-  };
-  const Case cases[] = {{true, 7}, {false, 100}, {std::nullopt, 100}};
-  for (const auto& c : cases)
-  {
-    SCOPED_TRACE(c.expected);
-    auto entity = solutionControlEntity(c.transient);
+    SCOPED_TRACE(expected);
+    auto entity = solutionControlEntity(transient);
     SolutionControl control(*entity, SolutionControlDefinition());
-    EXPECT_EQ(control.getNumberOfIterations(), c.expected);
-    control.setNumberOfIterations(c.expected + 1);
-    EXPECT_EQ(control.getNumberOfIterations(), c.expected + 1);
+    EXPECT_EQ(control.getNumberOfIterations(), expected);
+    control.setNumberOfIterations(expected == 7 ? 8 : 51);
+    EXPECT_EQ(control.getNumberOfIterations(), expected == 7 ? 8 : 51);
+    EXPECT_EQ(
+        entity->getAttribute(AttributePath("Iterations.Number of Iterations")).getIntValue(C::Current, false),
+        steady);
   }
-  auto entity = solutionControlEntity(true);
-  SolutionControl control(*entity, SolutionControlDefinition());
-  control.setNumberOfIterations(50);
-  EXPECT_EQ(
-      entity->getAttribute(AttributePath("Iterations.Number of Iterations")).getIntValue(C::Current, false),
-      100);
 }
 
-TEST(SolutionControlTest, ValidityNeedsTypeAndName)
+TEST(SolutionControlTest, ValidityNeedsTypeAndNameAndTheCollectionGivesItsControl)
 {
   auto entity = solutionControlEntity(false);
-  entity->setName("Other");
-  EXPECT_FALSE(SolutionControlConst(entity.get(), SolutionControlDefinition()).isValid());
-  entity->setName("Solution Control");
-  entity->setType("Other");
-  EXPECT_FALSE(SolutionControlConst(entity.get(), SolutionControlDefinition()).isValid());
+  for (const auto& [type, name] : {std::pair{"Other", "Solution Control"}, {"Solution Control", "Other"}})
+  {
+    entity->setType(type);
+    entity->setName(name);
+    EXPECT_FALSE(SolutionControlConst(entity.get(), SolutionControlDefinition()).isValid()) << type << name;
+  }
+  EntityCollection collection(OmbrixTest::makeEntity("Other", "X", EntityID(5, 5)));
+  EXPECT_EQ(SolutionControlConst(collection).get(), nullptr);
+  collection.addRootEntity(solutionControlEntity(false));
+  SolutionControl control(collection);
+  EXPECT_TRUE(control.isValid());
+  EXPECT_EQ(control.get(), collection.getEntity(EntityID(1, 1)));
+  EXPECT_EQ(control.getIteration(), 12);
 }
 
-TEST(SolutionControlTest, MissingAttributeRaisesTheLookupError)
-{
-  auto entity = solutionControlEntity(true);
-  SolutionControlDefinition definition;
-  definition.setTimePath(AttributePath("Results.Missing"));
-  const SolutionControlConst control(entity.get(), definition);
-  EXPECT_THROW_MSG(control.getTime(), std::runtime_error,
-                   "Invalid path [1-1] of type Solution Control : Results.Missing");
-  definition.setIsTransientPath(AttributePath("Nope"));
-  EXPECT_FALSE(SolutionControlConst(entity.get(), definition).isTimeVarying());
-}
-
-TEST(SolutionControlTest, WritersStoreIntoTheTargetsOwnType)
+TEST(SolutionControlTest, WritersStoreIntoTheTargetsOwnTypeAndMissingAttributesRaiseTheLookupError)
 {
   auto entity = solutionControlEntity(true);
   SolutionControl control(*entity, SolutionControlDefinition());
@@ -167,15 +151,10 @@ TEST(SolutionControlTest, WritersStoreIntoTheTargetsOwnType)
   EXPECT_EQ(control.getTotalSimulationTime(C::Initial), 4.0);
   EXPECT_EQ(control.getTimeStep(C::Initial), 0.01);
   EXPECT_TRUE(control.isStopOnConvergence());
-}
-
-TEST(SolutionControlTest, FromCollection)
-{
-  EntityCollection collection(OmbrixTest::makeEntity("Other", "X", EntityID(5, 5)));
-  EXPECT_EQ(SolutionControlConst(collection).get(), nullptr);
-  collection.addRootEntity(solutionControlEntity(false));
-  SolutionControl control(collection);
-  EXPECT_TRUE(control.isValid());
-  EXPECT_EQ(control.get(), collection.getEntity(EntityID(1, 1)));
-  EXPECT_EQ(control.getIteration(), 12);
+  SolutionControlDefinition definition;
+  definition.setTimePath(AttributePath("Results.Missing"));
+  EXPECT_THROW_MSG(SolutionControlConst(entity.get(), definition).getTime(), std::runtime_error,
+                   "Invalid path [1-1] of type Solution Control : Results.Missing");
+  definition.setIsTransientPath(AttributePath("Nope"));
+  EXPECT_FALSE(SolutionControlConst(entity.get(), definition).isTimeVarying());
 }

@@ -48,57 +48,60 @@ TEST(CSVParser, SplitsTextIntoRowsAndFields)
       {"bytes above 127", "\xc3\xa4,\xe2\x82\xac\n", {{"\xc3\xa4", "\xe2\x82\xac"}}},
       {"NUL bytes", std::string("a\0b,\0\n", 6), {{std::string("a\0b", 3), std::string(1, '\0')}}},
   };
+  // A parser reuses the storage of earlier parses, failed ones too: no field of an earlier text may stay.
+  CSVParser reused;
   for (const ParseCase& c : cases)
   {
     SCOPED_TRACE(c.name);
-    CSVParser parser;
-    EXPECT_TRUE(parser.parseText(c.text, false, c.skipEmptyRows, c.acceptCRLF));
-    EXPECT_EQ(parser.rows(), c.rows);
+    const Table before = reused.rows();
+    EXPECT_THROW_MSG(reused.parseText("long field,x,y,z\n\"broken"), std::runtime_error,
+                     "CSV text: quoted field starting on line 2 is not closed");
+    EXPECT_EQ(reused.rows(), before);
+    CSVParser fresh;
+    for (CSVParser* parser : {&fresh, &reused})
+    {
+      EXPECT_TRUE(parser->parseText(c.text, false, c.skipEmptyRows, c.acceptCRLF));
+      EXPECT_EQ(parser->rows(), c.rows);
+    }
   }
 }
 
-TEST(CSVParser, TrimsBlanksAroundFieldsOnRequest)
+TEST(CSVParser, ConstructorOptionsApplyToReadingAndWriting)
 {
+  // {parser, text read, rows read, those rows written}. Trimming never eats a tab separator, and blanks at
+  // the edges of a field are quoted so that they survive a trimming reader.
+  const std::tuple<CSVParser, std::string, Table, std::string> cases[] = {
+      {CSVParser(',', true),
+       " a , \" b \" ,\tc\t\n  \n x\n",
+       {{"a", " b ", "c"}, {""}, {"x"}},
+       "a,\" b \",c\n\"\"\nx\n"},
+      {CSVParser('\t', true), "a\t\t b \n", {{"a", "", "b"}}, "a\t\tb\n"},
+      {CSVParser(), " a ,\tb\n", {{" a ", "\tb"}}, " a ,\tb\n"},
+      {CSVParser(',', false, true), "a\n\nb\n", {{"a"}, {"b"}}, "a\nb\n"},
+      {CSVParser(';', false, false, '|'),
+       "a;b|\"c|d\";\"e;f\"|x\ny|",
+       {{"a", "b"}, {"c|d", "e;f"}, {"x\ny"}},
+       "a;b|\"c|d\";\"e;f\"|\"x\ny\"|"},
+      // Without quoting, quotes are ordinary characters.
+      {CSVParser(',', false, false, '\n', false),
+       "\"a,b\"\n\"\"\n",
+       {{"\"a", "b\""}, {"\"\""}},
+       "\"a,b\"\n\"\"\n"},
+  };
+  for (const auto& [parser, text, rows, written] : cases)
+  {
+    SCOPED_TRACE(text);
+    CSVParser reader = parser;
+    reader.parseText(text);
+    EXPECT_EQ(reader.rows(), rows);
+    EXPECT_EQ(reader.toText(), written);
+  }
   CSVParser trimming(',', true);
-  trimming.parseText(" a , \" b \" ,\tc\t\n  \n");
-  EXPECT_EQ(trimming.rows(), (Table{{"a", " b ", "c"}, {""}}));
-
-  // A tab separator is never eaten by trimming.
-  CSVParser tabs('\t', true);
-  tabs.parseText("a\t\t b \n");
-  EXPECT_EQ(tabs.rows(), (Table{{"a", "", "b"}}));
-
-  CSVParser keeping;
-  keeping.parseText(" a ,\tb\n");
-  EXPECT_EQ(keeping.rows(), (Table{{" a ", "\tb"}}));
-
-  // Blanks at the edges of a field are quoted so that they survive a trimming reader.
   trimming.rows() = {{" x", "y\t", "z"}};
   EXPECT_EQ(trimming.toText(), "\" x\",\"y\t\",z\n");
-}
-
-TEST(CSVParser, SkipsEmptyRowsWhenConstructedSo)
-{
-  CSVParser parser(',', false, true);
-  parser.parseText("a\n\nb\n");
-  EXPECT_EQ(parser.rows(), (Table{{"a"}, {"b"}}));
-}
-
-TEST(CSVParser, OtherSeparatorAndLineEnd)
-{
-  CSVParser parser(';', false, false, '|');
-  parser.parseText("a;b|\"c|d\";\"e;f\"|x\ny|");
-  EXPECT_EQ(parser.rows(), (Table{{"a", "b"}, {"c|d", "e;f"}, {"x\ny"}}));
-  EXPECT_EQ(parser.toText(), "a;b|\"c|d\";\"e;f\"|\"x\ny\"|");
-}
-
-TEST(CSVParser, WithoutQuotingQuotesAreOrdinaryCharacters)
-{
-  CSVParser parser(',', false, false, '\n', false);
-  parser.parseText("\"a,b\"\n\"\"\n");
-  EXPECT_EQ(parser.rows(), (Table{{"\"a", "b\""}, {"\"\""}}));
-  parser.rows() = {{"x,y", "\""}, {""}};
-  EXPECT_EQ(parser.toText(), "x,y,\"\n\n");
+  CSVParser unquoted(',', false, false, '\n', false);
+  unquoted.rows() = {{"x,y", "\""}, {""}};
+  EXPECT_EQ(unquoted.toText(), "x,y,\"\n\n");
 }
 
 TEST(CSVParser, WritesFieldsQuotedOnlyWhereNeeded)
@@ -128,6 +131,7 @@ TEST(CSVParser, ReportsMalformedTextWithItsLine)
       {"\"a", "CSV text: quoted field starting on line 1 is not closed"},
       {"a\n\"b\nc\",\"d\ne\n", "CSV text: quoted field starting on line 3 is not closed"},
       {"a,\"b\"\"", "CSV text: quoted field starting on line 1 is not closed"},
+      {"\"a\"\"b\"\"", "CSV text: quoted field starting on line 1 is not closed"},
       {"a\n\"b\"c\n", "CSV text: unexpected text after the closing quote of a field on line 2"},
       {"\"x\ny\" ,z", "CSV text: unexpected text after the closing quote of a field on line 2"},
       {"\"a\"\r\r\n", "CSV text: unexpected text after the closing quote of a field on line 1"},
@@ -159,57 +163,16 @@ TEST(CSVParser, ReportsFilesThatCannotBeReadOrAreMalformed)
                    "CSV file '" + broken + "': quoted field starting on line 2 is not closed");
 }
 
-TEST(CSVParser, AppendsOrReplacesRows)
+TEST(CSVParser, AppendsOrReplacesRowsAndFiles)
 {
   CSVParser parser;
   parser.parseText("a\n");
   parser.parseText("b\n", true);
   EXPECT_EQ(parser.rows(), (Table{{"a"}, {"b"}}));
-  parser.parseText("c\n");
-  EXPECT_EQ(parser.rows(), (Table{{"c"}}));
   parser.clear();
   EXPECT_TRUE(parser.rows().empty());
-}
-
-TEST(CSVParser, AParserReusedForTextsOfOtherShapesGivesWhatAFreshOneGives)
-{
-  // Each parse reuses the rows of the parse before last: longer, shorter, emptied and failed tables in
-  // turn must not leave fields of an earlier text behind.
-  const std::vector<std::string> texts = {"a,b,c\nd,e,f\ng,h,i\n",
-                                          "x\n\ny,z\n",
-                                          "long field number one,\"q,\"\"\",2\n1,2,3,4,5\n",
-                                          "",
-                                          "a,b,c\nd,e,f\ng,h,i\nj\n",
-                                          "one\n",
-                                          "\"broken\n",
-                                          "p,q\nr\n"};
-  CSVParser reused;
-  Table previous;
-  for (const auto& text : texts)
-  {
-    SCOPED_TRACE(text);
-    CSVParser fresh;
-    try
-    {
-      fresh.parseText(text);
-    }
-    catch (const std::runtime_error&)
-    {
-      EXPECT_THROW(reused.parseText(text), std::runtime_error);
-      EXPECT_EQ(reused.rows(), previous); // a failed parse leaves the rows as they were
-      continue;
-    }
-    reused.parseText(text);
-    EXPECT_EQ(reused.rows(), fresh.rows());
-    previous = fresh.rows();
-  }
-}
-
-TEST(CSVParser, SavesToFiles)
-{
   OmbrixTest::TempDir dir;
   const std::string path = dir.file("out.csv");
-  CSVParser parser;
   parser.rows() = {{"a", "b"}};
   ASSERT_TRUE(parser.saveAs(path));
   parser.rows() = {{"c"}};
@@ -217,7 +180,6 @@ TEST(CSVParser, SavesToFiles)
   EXPECT_EQ(OmbrixTest::readFile(path), "a,b\nc\n");
   ASSERT_TRUE(parser.saveAs(path));
   EXPECT_EQ(OmbrixTest::readFile(path), "c\n");
-
   EXPECT_FALSE(parser.saveAs(dir.file("no/such/dir/out.csv")));
   EXPECT_FALSE(parser.saveAs(dir.path().string()));
 }

@@ -1,5 +1,7 @@
 #include "ombrix/sdk/NameTable.h"
 
+#include "support/Tables.h"
+
 #include <gtest/gtest.h>
 #include <string>
 
@@ -27,36 +29,23 @@ static_assert(!colours.findName(Colour::Unnamed));
 
 } // namespace
 
-TEST(NameTable, NamesAndValuesRoundTrip)
-{
-  const std::pair<Colour, const char*> cases[] = {
-      {Colour::Red, "Red"}, {Colour::Green, "Green"}, {Colour::Blue, "Blue"}};
-  for (const auto& [value, text] : cases)
-  {
-    SCOPED_TRACE(text);
-    EXPECT_EQ(colours.findName(value), text);
-    EXPECT_EQ(colours.findValue(std::string(text)), value);
-    EXPECT_EQ(colours.valueOr(colours.nameOr(value), Colour::Unnamed), value);
-  }
-}
-
 TEST(NameTable, TextMatchesExactlyOrGivesTheFallback)
 {
-  const char* unknown[] = {"", "red", "RED", " Red", "Red ", "Re", "Redd", "Blue\n"};
-  for (const char* text : unknown)
-  {
-    SCOPED_TRACE(text);
-    EXPECT_FALSE(colours.findValue(text));
-    EXPECT_EQ(colours.valueOr(text, Colour::Unnamed), Colour::Unnamed);
-  }
+  OmbrixTest::expectNames(
+      {{0, "Red"}, {1, "Green"}, {7, "Blue"}}, [](Colour c) { return colours.nameOr(c); },
+      [](const std::string& text, Colour fallback) { return colours.valueOr(text, fallback); },
+      Colour::Unnamed);
+  EXPECT_EQ(colours.findName(Colour::Green), "Green");
+  EXPECT_EQ(colours.findValue("Blue"), Colour::Blue);
+  for (const char* text : {"", "RED", "Redd", "Blue\n"})
+    EXPECT_FALSE(colours.findValue(text)) << text;
   // An embedded NUL is part of the text, not its end.
   EXPECT_EQ(colours.valueOr(std::string("Red\0x", 5), Colour::Unnamed), Colour::Unnamed);
 }
 
 TEST(NameTable, UnknownValueGivesTheFallbackName)
 {
-  const Colour unknown[] = {Colour::Unnamed, static_cast<Colour>(2), static_cast<Colour>(-1)};
-  for (Colour value : unknown)
+  for (Colour value : {Colour::Unnamed, static_cast<Colour>(2), static_cast<Colour>(-1)})
   {
     SCOPED_TRACE(static_cast<int>(value));
     EXPECT_FALSE(colours.findName(value));
@@ -67,11 +56,8 @@ TEST(NameTable, UnknownValueGivesTheFallbackName)
 
 TEST(NameTable, FirstEntryWinsForRepeatedValuesAndTexts)
 {
-  constexpr auto aliases = Ombrix::makeNameTable<Colour>({
-      {Colour::Red, "Red"},
-      {Colour::Red, "Crimson"},
-      {Colour::Green, "Red"},
-  });
+  constexpr auto aliases =
+      Ombrix::makeNameTable<Colour>({{Colour::Red, "Red"}, {Colour::Red, "Crimson"}, {Colour::Green, "Red"}});
   EXPECT_EQ(aliases.nameOr(Colour::Red), "Red");
   EXPECT_EQ(aliases.valueOr("Red", Colour::Blue), Colour::Red);
   EXPECT_EQ(aliases.valueOr("Crimson", Colour::Blue), Colour::Red);
