@@ -77,10 +77,17 @@ void build(EntityCollection& collection)
   auto& backup = add<LinkAttribute>(*pump, AttributeType::Link, "Backup", AccessType::ReadOnly);
   backup.setRelationShipType("Spare");
   backup.setOwnsEntities(true);
-  backup.addEntity(entity("Server", "B", EntityID(5, 17)));
+  auto spare = entity("Server", "B", EntityID(5, 17));
+  add<DoubleAttribute>(*spare, AttributeType::Double, "Load", AccessType::ReadWrite)
+      .set(0.0, Chronology::Initial);
+  backup.addEntity(std::move(spare));
   auto& slots = add<ArrayAttribute>(*pump, AttributeType::Array, "Slots", AccessType::ReadWrite);
   slots.setRelationShipType("Slot");
-  slots.addEntity(entity("Slot", "A1", EntityID(6, 17)));
+  slots.setOwnsEntities(true);
+  auto slot = entity("Slot", "A1", EntityID(6, 17));
+  add<StringAttribute>(*slot, AttributeType::String, "Part", AccessType::ReadOnly)
+      .set("X-2", Chronology::Initial);
+  slots.addEntity(std::move(slot));
   collection.addRootEntity(std::move(pump));
 }
 

@@ -3,6 +3,7 @@
 #include "ombrix/platform/DataIStream.h"
 #include "ombrix/platform/DataOStream.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace Ombrix
@@ -51,20 +52,23 @@ FileSystem::DataIStream& operator>>(FileSystem::DataIStream& in, AIModuleDefinit
     definition.m_type = static_cast<AISystem::ModuleType>(type);
   std::uint64_t count = 0;
   in >> count;
-  // Every byte takes at least one byte of the stream, so a larger count can only be corrupt.
-  if (in && count > in.remaining())
-    in.setFailed();
   if (!in)
   {
     definition.m_data.clear();
     return in;
   }
-  definition.m_data.assign(static_cast<std::size_t>(count), 0);
-  for (auto& byte : definition.m_data)
+  // Every byte takes at least one byte of the stream, so the array is never sized beyond what is left of
+  // it. A count that fits is filled while the stream is good (bytes not read stay zero); a larger count
+  // cannot be read in full: the bytes that are there are kept, and the stream fails.
+  const std::uint64_t room = std::min<std::uint64_t>(count, in.remaining());
+  definition.m_data.assign(static_cast<std::size_t>(room), 0);
+  std::size_t got = 0;
+  while (got < definition.m_data.size() && (in >> definition.m_data[got]))
+    ++got;
+  if (count > room)
   {
-    if (!in)
-      break;
-    in >> byte;
+    definition.m_data.resize(got);
+    in.setFailed();
   }
   in.endSection();
   return in;

@@ -53,9 +53,9 @@ private:
 // Section "AIModuleDefinition": bool (identifier set), the identifier as 64-bit unsigned only when set,
 // the type as 32-bit integer, the byte count as 64-bit unsigned, then the bytes one by one. Reading never
 // throws and keeps what was read before a failure: the data is sized to the count (zeros) and filled
-// while the stream is good, so bytes not read stay zero. When the stream fails before the bytes, or the
-// count exceeds what is left of the stream (a corrupt count, which could otherwise demand any amount of
-// memory), the stream fails and the data is emptied.
+// while the stream is good, so bytes not read stay zero. When the stream fails before the bytes, the data
+// is emptied. A count beyond what is left of the stream (a corrupt or cut-off one, which could otherwise
+// demand any amount of memory) keeps the bytes that are there, and the stream fails.
 OMBRIX_API FileSystem::DataOStream& operator<<(FileSystem::DataOStream& out,
                                                const AIModuleDefinition& definition);
 OMBRIX_API FileSystem::DataIStream& operator>>(FileSystem::DataIStream& in, AIModuleDefinition& definition);

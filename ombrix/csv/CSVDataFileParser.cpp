@@ -107,6 +107,12 @@ void CSVDataFileParser::writeAttributeRows(const Columns& c, const Row& identity
                                            const Attribute& attribute, CSVRowSink& out) const
 {
   const AttributeType type = attribute.getAttributeType(false);
+  const std::string& name = attribute.type();
+  if (name.empty() || name.find(Model::AttributePath::pathSeparator) != std::string::npos)
+  {
+    if (CSVValueText::isValueType(type) || type == AttributeType::Composite || type == AttributeType::Entity)
+      refuseName(identity[c.id], pathPrefix, name);
+  }
   if (CSVValueText::isValueType(type))
   {
     Row& row = out.newRow(c.count);
@@ -135,6 +141,19 @@ void CSVDataFileParser::writeAttributeRows(const Columns& c, const Row& identity
   }
 }
 
+void CSVDataFileParser::refuseName(const std::string& id, const std::string& parentPath,
+                                   const std::string& name) const
+{
+  const std::string place = parentPath.empty() ? id : id + ":" + parentPath.substr(0, parentPath.size() - 1);
+  const std::string message =
+      "Cannot write the data file: " +
+      (name.empty() ? "an attribute of " + place + " has an empty name"
+                    : "the attribute '" + name + "' of " + place + " has a '.' in its name") +
+      ", which attribute paths cannot carry";
+  addToLog(LogLevel::Error, "%s", message.c_str());
+  throw std::runtime_error(message);
+}
+
 void CSVDataFileParser::checkDataHeader(RowIterator headerRow) const
 {
   checkColumnHeader(headerRow, {}, {&fieldAttributePath});
@@ -156,7 +175,7 @@ CSVDataFileParser::parseFileTime(const std::string& iteration, const std::string
     if (!iteration.empty())
     {
       std::size_t used = 0;
-      result.setIteration(std::stoi(iteration, &used));
+      result.setIteration(Model::parseInt(iteration, &used));
       if (used != iteration.size())
         return std::nullopt;
     }

@@ -75,7 +75,9 @@ public:
                                                  KorvanSDK::Chronology chronology);
 
 protected:
-  // Column header, the solution-control entity, then every other entity of the flat list.
+  // Column header, the solution-control entity, then every other entity of the flat list. An attribute
+  // whose name is empty or contains "." is refused while writing (std::runtime_error "Cannot write the
+  // data file: ..."; saveAs then removes the file).
   void writeData(RowInserter out) const override { writeDataThroughRows(out); }
   void writeRows(CSVRowSink& out) const override;
   // Checks every row first and applies values only when all rows passed (or, in the non-fatal mode,
@@ -95,6 +97,9 @@ private:
   void writeAttributeRows(const Columns& columns, const Row& identity, std::string& pathPrefix,
                           const Model::Attribute& attribute, CSVRowSink& out) const;
   const Model::Entity* solutionControlEntity() const;
+  // Throws std::runtime_error (logged) for an attribute name that a path cannot carry.
+  [[noreturn]] void refuseName(const std::string& id, const std::string& parentPath,
+                               const std::string& name) const;
 
   Model::EntityCollection* m_collection;
   ChronologySet m_chronologies;

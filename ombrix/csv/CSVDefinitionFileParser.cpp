@@ -6,7 +6,9 @@
 #include "ombrix/model/ShortcutAttribute.h"
 #include "ombrix/model/ValueAttribute.h"
 
+#include <stdexcept>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace Ombrix
 {
@@ -20,7 +22,6 @@ namespace
 {
 
 const std::string legacyInitialColumn = "InitValue";
-const std::string entityTypeName = "Entity";
 
 const std::set<Chronology> everyChronology(CSVValueText::allChronologies.begin(),
                                            CSVValueText::allChronologies.end());
@@ -28,6 +29,12 @@ const std::set<Chronology> everyChronology(CSVValueText::allChronologies.begin()
 bool isLinkType(AttributeType type)
 {
   return type == AttributeType::Link || type == AttributeType::List || type == AttributeType::Array;
+}
+
+// Held by neither the collection nor a link: the entity is an attribute of a composite.
+bool isPlacedInComposite(const Entity& entity)
+{
+  return entity.getParent() && !entity.getParentLink();
 }
 
 } // namespace
@@ -71,37 +78,9 @@ void CSVDefinitionFileParser::writeRows(CSVRowSink& out) const
   const Columns c = columns();
   for (const Entity* entity : *m_collection)
   {
-    // An entity placed straight into a composite (not held by a link) is written with that composite.
-    if (entity && (entity->isRoot() || entity->getParentLink()))
-    {
+    // An entity placed straight into a composite is written with that composite, as an attribute row.
+    if (entity && !isPlacedInComposite(*entity))
       writeEntityRows(c, *entity, out);
-      writeUnlistedEntities(c, *entity, true, out);
-    }
-  }
-}
-
-void CSVDefinitionFileParser::writeUnlistedEntities(const Columns& c,
-                                                    const Model::CompositeAttribute& composite, bool listed,
-                                                    CSVRowSink& out) const
-{
-  // Entities held by a link that does not own them are not in the collection's flat list (nor is
-  // anything below them), yet the link still holds them: they travel right after their holder.
-  for (const auto& child : composite)
-  {
-    const AttributeType type = child->getAttributeType(false);
-    if (isLinkType(type))
-    {
-      const auto& link = static_cast<const Model::EntityLinkAttributeBase&>(*child);
-      if (listed && link.getOwnsEntities())
-        continue;
-      for (const Entity* held : link.getEntities(false))
-      {
-        writeEntityRows(c, *held, out);
-        writeUnlistedEntities(c, *held, false, out);
-      }
-    }
-    else if (type == AttributeType::Composite || type == AttributeType::Entity)
-      writeUnlistedEntities(c, static_cast<const Model::CompositeAttribute&>(*child), listed, out);
   }
 }
 
@@ -114,13 +93,9 @@ void CSVDefinitionFileParser::writeEntityRows(const Columns& c, const Entity& en
 {
   Row identity(c.count);
   fillIdentity(c, entity, identity);
-  // The entity's own row carries its access and lets an entity without attributes travel.
-  Row& own = out.newRow(c.count);
-  copyIdentity(c, identity, own);
-  own[c.attributeType] = entityTypeName;
-  own[c.access] = KorvanSDK::accessTypeToString(entity.getAccessType());
+  std::string path;
   for (const auto& child : entity)
-    writeAttributeRows(c, identity, *child, out);
+    writeAttributeRows(c, identity, path, *child, out);
 }
 
 void CSVDefinitionFileParser::writeAttribute(const Entity& entity, const Attribute& attribute,
@@ -129,16 +104,26 @@ void CSVDefinitionFileParser::writeAttribute(const Entity& entity, const Attribu
   const Columns c = columns();
   Row identity(c.count);
   fillIdentity(c, entity, identity);
-  writeAttributeRows(c, identity, attribute, out);
+  std::string path;
+  for (const Attribute* parent = attribute.getParent(); parent && parent != &entity;
+       parent = parent->getParent())
+    path.insert(0, path.empty() ? parent->type() : parent->type() + '.');
+  writeAttributeRows(c, identity, path, attribute, out);
 }
 
-void CSVDefinitionFileParser::writeAttributeRows(const Columns& c, const Row& identity,
+void CSVDefinitionFileParser::writeAttributeRows(const Columns& c, const Row& identity, std::string& path,
                                                  const Attribute& attribute, CSVRowSink& out) const
 {
+  // The path is built from the names below the written entity: an entity placed in a composite is
+  // part of the path, although its own relative path starts afresh.
+  const std::size_t kept = path.size();
+  if (!path.empty())
+    path += '.';
+  path += attribute.type();
   Row& row = out.newRow(c.count);
   copyIdentity(c, identity, row);
   const AttributeType type = attribute.getAttributeType(false);
-  row[c.path] = attribute.getAttributePath(true).toString();
+  row[c.path] = path;
   row[c.attributeType] = KorvanSDK::attributeTypeToString(type);
   row[c.access] = KorvanSDK::accessTypeToString(attribute.getAccessType());
   const std::size_t initial = c.value[0];
@@ -175,8 +160,234 @@ void CSVDefinitionFileParser::writeAttributeRows(const Columns& c, const Row& id
   if (type == AttributeType::Composite || type == AttributeType::Entity)
   {
     for (const auto& child : static_cast<const Model::CompositeAttribute&>(attribute))
-      writeAttributeRows(c, identity, *child, out);
+      writeAttributeRows(c, identity, path, *child, out);
   }
+  path.resize(kept);
+}
+
+// What the file cannot carry, found before anything is written: refusals are thrown at once, losses
+// are counted and logged as one warning per kind.
+struct CSVDefinitionFileParser::Check
+{
+  // How often one kind of loss occurs, and where first (composed once: checks run over every attribute).
+  struct Loss
+  {
+    std::size_t count = 0;
+    std::string first;
+    template <typename Place> void add(Place&& place)
+    {
+      if (count++ == 0)
+        first = place();
+    }
+  };
+
+  explicit Check(const CSVDefinitionFileParser& owner)
+      : parser(owner), initial(owner.m_chronologies.count(Chronology::Initial) != 0),
+        fullNames(owner.getUseFullEntityNames())
+  {
+  }
+
+  const CSVDefinitionFileParser& parser;
+  bool initial;
+  bool fullNames;
+  std::unordered_set<const Entity*> listed;
+  std::unordered_map<Model::EntityID, const Entity*> ids;
+  std::vector<const Model::ShortcutAttribute*> shortcuts;
+  std::unordered_map<const Model::ShortcutAttribute*, std::string> shortcutPlaces;
+  Loss emptyRoots, entityAccess, placedEntities, emptyLinks;
+
+  [[noreturn]] void refuse(const std::string& why) const
+  {
+    const std::string message = "Cannot write the definition file: " + why;
+    parser.addToLog(LogLevel::Error, "%s", message.c_str());
+    throw std::runtime_error(message);
+  }
+
+  static std::string describe(const Entity& entity)
+  {
+    return Model::toString(entity.getUniqueID()) + " '" + entity.name() + "'";
+  }
+
+  void run()
+  {
+    const Model::EntityCollection& collection = *parser.m_collection;
+    for (const Entity* entity : collection)
+    {
+      if (entity && !isPlacedInComposite(*entity))
+        listed.insert(entity);
+    }
+    for (const Entity* entity : collection)
+    {
+      if (entity && !isPlacedInComposite(*entity))
+        checkEntity(*entity);
+    }
+    checkShortcutCycles();
+    warn(emptyRoots, " root entities without attributes are not written (the file carries an entity "
+                     "through the rows of its attributes only): first ");
+    warn(entityAccess, " entities are read back with access ReadWrite (the file carries no access of an "
+                       "entity): first ");
+    warn(emptyLinks, " links without entities that do not own entities are read back as owning them (the "
+                     "file carries the flag only with held entities): first ");
+    warn(placedEntities, " entities placed in a composite are read back without their name and with a new "
+                         "ID (the file carries only their path and access): first ");
+  }
+
+  void warn(const Loss& loss, const char* what) const
+  {
+    if (loss.count != 0)
+      parser.addToLog(LogLevel::Warning, "%s", (std::to_string(loss.count) + what + loss.first).c_str());
+  }
+
+  void checkEntity(const Entity& entity)
+  {
+    const auto [known, added] = ids.emplace(entity.getUniqueID(), &entity);
+    if (!added)
+      refuse("entities " + describe(*known->second) + " and '" + entity.name() + "' share the ID " +
+             Model::toString(entity.getUniqueID()));
+    if (entity.begin() == entity.end() && !entity.getParentLink())
+      emptyRoots.add([&] { return describe(entity); });
+    if (entity.getAccessType() != KorvanSDK::AccessType::ReadWrite)
+      entityAccess.add(
+          [&]
+          { return describe(entity) + " (" + KorvanSDK::accessTypeToString(entity.getAccessType()) + ")"; });
+    if (fullNames && entity.getParentLink())
+    {
+      for (const Entity* up = entity.getParentEntity(); up; up = up->getParentEntity())
+      {
+        if (isPlacedInComposite(*up) && !up->name().empty())
+          refuse("the full name of " + describe(entity) + " runs through the entity '" + up->name() +
+                 "' placed in a composite, whose name the file cannot carry");
+      }
+    }
+    std::string path;
+    checkChildren(entity, Model::toString(entity.getUniqueID()), path);
+  }
+
+  void checkChildren(const Model::CompositeAttribute& composite, const std::string& id, std::string& path)
+  {
+    for (const auto& child : composite)
+    {
+      const std::string& name = child->type();
+      if (name.empty())
+        refuse("an attribute of " + place(id, path) +
+               " has an empty name, which attribute paths cannot carry");
+      if (name.find(Model::AttributePath::pathSeparator) != std::string::npos)
+        refuse("the attribute '" + name + "' of " + place(id, path) +
+               " has a '.' in its name, the separator of attribute paths");
+      const std::size_t kept = path.size();
+      path += path.empty() ? name : "." + name;
+      checkAttribute(*child, id, path);
+      path.resize(kept);
+    }
+  }
+
+  static std::string place(const std::string& id, const std::string& path)
+  {
+    return path.empty() ? id : id + ":" + path;
+  }
+
+  void checkAttribute(const Attribute& attribute, const std::string& id, std::string& path)
+  {
+    const AttributeType type = attribute.getAttributeType(false);
+    if ((isLinkType(type) || type == AttributeType::Shortcut) && !initial)
+      refuse(place(id, path) + " is a " + KorvanSDK::attributeTypeToString(type) +
+             ", whose content goes in the InitialValue column: add Initial to the chronologies");
+    if (type == AttributeType::Composite || type == AttributeType::Entity)
+    {
+      if (type == AttributeType::Entity)
+        placedEntities.add([&] { return place(id, path); });
+      checkChildren(static_cast<const Model::CompositeAttribute&>(attribute), id, path);
+    }
+    else if (isLinkType(type))
+    {
+      const auto& link = static_cast<const Model::EntityLinkAttributeBase&>(attribute);
+      if (link.getRelationshipType().find('|') != std::string::npos)
+        refuse("the relationship type '" + link.getRelationshipType() + "' of " + place(id, path) +
+               " contains '|', the separator of the entities listed after it");
+      if (!link.getOwnsEntities() && !link.hasEntities(false))
+        emptyLinks.add([&] { return place(id, path); });
+      for (const Entity* held : link.getEntities(false))
+      {
+        if (!link.getOwnsEntities())
+          refuse(place(id, path) + " holds " + describe(*held) +
+                 " without owning it; the file carries only entities that their link owns");
+        if (held->begin() == held->end())
+          refuse(place(id, path) + " holds " + describe(*held) +
+                 ", which has no attributes; the file carries an entity through the rows of its attributes "
+                 "only");
+        if (listed.count(held) == 0)
+          refuse(place(id, path) + " holds " + describe(*held) +
+                 ", which is not in the collection's entity list (rebuildChildEntitiesList)");
+      }
+    }
+    else if (type == AttributeType::Shortcut)
+    {
+      const auto& shortcut = static_cast<const Model::ShortcutAttribute&>(attribute);
+      for (std::size_t i = 0; i < shortcut.getNumberOfShortcuts(); ++i)
+      {
+        if (!shortcut.getShortcut(i))
+          continue;
+        const std::string target = shortcut.shortcuts()[i].toString();
+        if (target.find('|') != std::string::npos)
+          refuse("the target '" + target + "' of the shortcut " + place(id, path) +
+                 " contains '|', the separator of shortcut targets");
+      }
+      shortcuts.push_back(&shortcut);
+      shortcutPlaces.emplace(&shortcut, place(id, path));
+    }
+  }
+
+  // The reader refuses shortcuts that lead back to themselves through their resolvable targets.
+  void checkShortcutCycles() const
+  {
+    enum class State
+    {
+      Open,
+      Done
+    };
+    std::unordered_map<const Model::ShortcutAttribute*, State> state;
+    for (const Model::ShortcutAttribute* start : shortcuts)
+    {
+      if (state.count(start))
+        continue;
+      // Depth-first over the shortcut targets, with an explicit stack of (shortcut, next target index).
+      std::vector<std::pair<const Model::ShortcutAttribute*, std::size_t>> stack{{start, 0}};
+      state[start] = State::Open;
+      while (!stack.empty())
+      {
+        auto& [shortcut, next] = stack.back();
+        if (next == shortcut->getNumberOfShortcuts())
+        {
+          state[shortcut] = State::Done;
+          stack.pop_back();
+          continue;
+        }
+        const Attribute* target = shortcut->getShortcut(next++);
+        if (!target || !target->isShortcut())
+          continue;
+        const auto* targetShortcut = static_cast<const Model::ShortcutAttribute*>(target);
+        auto found = state.find(targetShortcut);
+        if (found == state.end())
+        {
+          state[targetShortcut] = State::Open;
+          stack.emplace_back(targetShortcut, 0);
+        }
+        else if (found->second == State::Open)
+        {
+          auto place = shortcutPlaces.find(targetShortcut);
+          refuse("the shortcut " +
+                 (place != shortcutPlaces.end() ? place->second
+                                                : targetShortcut->getAttributePath(true).toString()) +
+                 " leads back to itself through its targets");
+        }
+      }
+    }
+  }
+};
+
+void CSVDefinitionFileParser::do_checkWritable() const
+{
+  Check(*this).run();
 }
 
 void CSVDefinitionFileParser::checkDataHeader(RowIterator headerRow) const
@@ -205,20 +416,15 @@ struct CSVDefinitionFileParser::Reader : RowErrors
   std::unordered_map<Model::EntityID, std::size_t> byId;
   std::vector<LinkEntry> links;
   std::vector<std::pair<Model::ShortcutAttribute*, RowIterator>> shortcuts;
+  std::vector<RowIterator> firstRows; // of each created entity
   bool infoLogged = false;
 
-  std::string entityName(const std::string& field) const
-  {
-    if (!c.fullNames)
-      return field;
-    const auto position = field.rfind("->");
-    return position == std::string::npos ? field : field.substr(position + 2);
-  }
-
-  Entity* readEntity(RowIterator row, const Model::EntityID& id, bool ownRow)
+  // The entity of the row, created at its first row. With full names the name field is kept as the
+  // entity's name until finish() knows which entity holds it and takes that one's full name off.
+  Entity* readEntity(RowIterator row, const Model::EntityID& id)
   {
     const std::string& type = (*row)[c.type];
-    const std::string name = entityName((*row)[c.name]);
+    const std::string& name = (*row)[c.name];
     auto known = byId.find(id);
     if (known != byId.end())
     {
@@ -228,25 +434,15 @@ struct CSVDefinitionFileParser::Reader : RowErrors
         error(row, "Entity name and type do not match ID " + Model::toString(id));
         return nullptr;
       }
-      if (ownRow)
-        entity->setAccessType(KorvanSDK::accessTypeFromString((*row)[c.access], entity->getAccessType()));
       return entity;
     }
-    KorvanSDK::AccessType access = KorvanSDK::AccessType::ReadWrite;
-    if (ownRow)
-    {
-      access = KorvanSDK::accessTypeFromString((*row)[c.access], KorvanSDK::AccessType::None);
-      if (KorvanSDK::accessTypeToString(access) != (*row)[c.access])
-      {
-        invalidAttribute(row, "Invalid entity attribute model (unknown access '" + (*row)[c.access] + "')");
-        return nullptr;
-      }
-    }
-    auto entity = std::make_unique<Entity>(type, name, id, access, nullptr);
+    // The file carries no access of an entity.
+    auto entity = std::make_unique<Entity>(type, name, id, KorvanSDK::AccessType::ReadWrite, nullptr);
     if (infoLogged)
       parser.addToLog(LogLevel::Informational, "%s Processing Entity", Model::toString(id).c_str());
     byId.emplace(id, created.size());
     created.push_back(std::move(entity));
+    firstRows.push_back(row);
     return created.back().get();
   }
 
@@ -331,7 +527,8 @@ struct CSVDefinitionFileParser::Reader : RowErrors
         return;
       }
     }
-    link.setOwnsEntities(owns);
+    // The flag travels only in the words before held entities; the library's links own what they hold.
+    link.setOwnsEntities(owns || entry.held.empty());
     if (link.isLink() && entry.held.size() > 1)
     {
       invalidAttribute(row, "Unsupported link type Link holding " + std::to_string(entry.held.size()) +
@@ -431,14 +628,45 @@ struct CSVDefinitionFileParser::Reader : RowErrors
     const std::optional<Model::EntityID> id = entityID(row, c.id);
     if (!id)
       return;
-    const bool ownRow = (*row)[c.path].empty();
-    if (ownRow && (*row)[c.attributeType] != entityTypeName)
+    if ((*row)[c.path].empty())
       return invalidAttribute(row, "AttributePath is Empty");
-    Entity* entity = readEntity(row, *id, ownRow);
-    if (entity && ownRow)
-      checkHoldsNoEntities(row, (*row)[c.id]);
-    else if (entity)
+    if (Entity* entity = readEntity(row, *id))
       readAttribute(row, *entity);
+  }
+
+  // With full names, each entity below `holder` (held through links, at any depth) has its holder's
+  // full name and "->" taken off its name field, holders first: the own name may itself contain "->".
+  void takeHolderNames(Model::CompositeAttribute& holder,
+                       const std::unordered_map<const Attribute*, std::size_t>& topIndex)
+  {
+    for (const auto& child : holder)
+    {
+      const AttributeType type = child->getAttributeType(false);
+      if (type == AttributeType::Composite || type == AttributeType::Entity)
+      {
+        takeHolderNames(static_cast<Model::CompositeAttribute&>(*child), topIndex);
+        continue;
+      }
+      if (!isLinkType(type))
+        continue;
+      for (Entity* held : static_cast<Model::EntityLinkAttributeBase&>(*child).getEntities(false))
+      {
+        const std::string prefix = held->getParentEntity()->getName(true) + "->";
+        const std::string field = held->name();
+        if (field.compare(0, prefix.size(), prefix) == 0)
+          held->setName(field.substr(prefix.size()));
+        else
+        {
+          error(firstRows[topIndex.at(held)], "Full entity name '" + field + "' of " +
+                                                  Model::toString(held->getUniqueID()) +
+                                                  " does not begin with the full name of its holder, '" +
+                                                  prefix.substr(0, prefix.size() - 2) + "'");
+          const auto position = field.rfind("->");
+          held->setName(position == std::string::npos ? field : field.substr(position + 2));
+        }
+        takeHolderNames(*held, topIndex);
+      }
+    }
   }
 
   void finish()
@@ -488,6 +716,14 @@ struct CSVDefinitionFileParser::Reader : RowErrors
     // Attach only after every check, so that a refused entry never leaves a half-moved entity.
     for (auto& [link, i] : accepted)
       link->addEntity(std::move(created[i]));
+    if (c.fullNames)
+    {
+      for (std::size_t i = 0; i < created.size(); ++i)
+      {
+        if (created[i])
+          takeHolderNames(*created[i], topIndex);
+      }
+    }
     std::vector<std::unique_ptr<Entity>> roots;
     for (auto& entity : created)
     {

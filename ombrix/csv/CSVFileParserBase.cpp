@@ -7,6 +7,7 @@
 #include "ombrix/platform/File.h"
 #include "ombrix/platform/FileCloser.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <stdexcept>
 
@@ -58,6 +59,7 @@ bool CSVFileParserBase::parseData(const Table& rows)
 
 CSVFileParserBase::Table CSVFileParserBase::generateData() const
 {
+  checkWritable();
   Table table{fileHeader(m_fileVersion, m_additionalHeaderTokens)};
   writeData(std::back_inserter(table));
   table.push_back(fileFooter(m_fileVersion));
@@ -69,15 +71,27 @@ bool CSVFileParserBase::saveAs(const std::string& path) const
   FileSystem::CSVParser parser = makeParser();
   m_fileVersion = csvParserVersion;
   addToLog(LogLevel::Informational, "Saving %s", path.c_str());
+  checkWritable();
   FileSystem::FilePtr file = FileSystem::fopen(path, "wb");
   if (!file)
     return false;
   // Rows go to the file as they are made: a table of the whole file would cost more than the writing.
   CSVRowSink sink(parser, file.get());
-  sink.add(fileHeader(m_fileVersion, m_additionalHeaderTokens));
-  writeRows(sink);
-  sink.add(fileFooter(m_fileVersion));
-  const bool written = sink.finish();
+  bool written = false;
+  try
+  {
+    sink.add(fileHeader(m_fileVersion, m_additionalHeaderTokens));
+    writeRows(sink);
+    sink.add(fileFooter(m_fileVersion));
+    written = sink.finish();
+  }
+  catch (...)
+  {
+    // No half-written file is left for a reader that waits for it.
+    file.reset();
+    FileSystem::File::remove(path);
+    throw;
+  }
   // Closing flushes; a failure there is a failed write too.
   return std::fclose(file.release()) == 0 && written;
 }
@@ -102,7 +116,10 @@ CSVFileParserBase::Columns
 CSVFileParserBase::resolveColumns(const std::set<KorvanSDK::Chronology>& chronologies) const
 {
   Columns c;
-  c.count = getNumberOfFields();
+  // A repeated name keeps its last index, which lies beyond the number of distinct names: rows are
+  // sized and checked against the header's width.
+  for (const auto& [name, index] : m_headerMap)
+    c.count = std::max(c.count, index + 1);
   auto at = [&](const std::string& name) { return fieldIndex(name).value_or(noColumn); };
   c.id = at(fieldEntityID);
   c.type = at(fieldEntityType);

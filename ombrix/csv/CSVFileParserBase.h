@@ -66,10 +66,14 @@ public:
   bool parseFile(const std::string& path);
   // The same on rows already in memory.
   bool parseData(const Table& rows);
+  // Throws std::runtime_error (logged) when the collection holds something that the file cannot carry,
+  // so that it would not read back the same; see the concrete parser. generateData and saveAs check first.
+  void checkWritable() const { do_checkWritable(); }
   // The complete framed table that saveAs writes.
   Table generateData() const;
   // Writes the framed table (file version 4) straight to the file, in batches of rows; returns false
-  // when the file cannot be written (a file that cannot be opened is left as it was).
+  // when the file cannot be written (a file that cannot be opened is left as it was). Throws what
+  // checkWritable throws, leaving the file as it was; a refusal found while writing removes the file.
   bool saveAs(const std::string& path) const;
   bool save() const { return saveAs(m_fileName); }
 
@@ -103,6 +107,7 @@ protected:
   // Appends the content rows.
   virtual void writeData(RowInserter out) const = 0;
   virtual void processFileModeToken(const std::string&) {}
+  virtual void do_checkWritable() const {}
   // The content rows for saveAs. The default goes through writeData; a parser that writes large files
   // overrides it to fill the sink's reused rows, and implements writeData with writeDataThroughRows.
   virtual void writeRows(CSVRowSink& out) const;
@@ -115,7 +120,7 @@ protected:
   // noColumn for a column the header lacks.
   struct Columns
   {
-    std::size_t count = 0;
+    std::size_t count = 0; // the header's width
     std::size_t id = noColumn, type = noColumn, name = noColumn, access = noColumn, path = noColumn,
                 attributeType = noColumn, unit = noColumn;
     std::array<std::size_t, 5> value{noColumn, noColumn, noColumn, noColumn, noColumn}; // by chronology

@@ -7,7 +7,6 @@
 #include "ombrix/sdk/Chronology.h"
 
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <optional>
@@ -50,18 +49,7 @@ bool appendTyped(std::string& out, const Model::Attribute& attribute, KorvanSDK:
   if constexpr (std::is_same_v<T, std::string>)
     out += *stored;
   else if constexpr (std::is_floating_point_v<T>)
-  {
-    if (format == Model::NumberFormat::Fixed)
-    {
-      // The same text as "%f" (to_chars rounds exactly, as printf does), without printf's cost.
-      char buffer[400];
-      const auto result = std::to_chars(buffer, buffer + sizeof buffer, static_cast<double>(*stored),
-                                        std::chars_format::fixed, 6);
-      out.append(buffer, result.ptr);
-    }
-    else
-      Model::appendText(out, *stored, format);
-  }
+    Model::appendText(out, *stored, format);
   else
     Model::appendText(out, *stored);
   return true;

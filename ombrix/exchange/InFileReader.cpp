@@ -37,8 +37,14 @@ bool InFileReader::read(CSVDataFileParser& parser, const std::string& path) cons
     try
     {
       std::error_code error;
-      if (!std::filesystem::exists(path, error))
+      const auto status = std::filesystem::status(path, error);
+      if (!std::filesystem::exists(status))
         throw std::runtime_error("Missing incoming file " + path);
+      // The parser would only see a file it cannot read, and report it as missing.
+      if (std::filesystem::is_directory(status))
+        throw std::runtime_error("Incoming file " + path + " is a directory, not a data file");
+      if (!std::filesystem::is_regular_file(status))
+        throw std::runtime_error("Incoming file " + path + " is not a regular file");
       return parser.parseFile(path);
     }
     catch (const std::exception& error)

@@ -26,9 +26,12 @@ public:
 
   // Sets the parser's fatal flag from the handling and reads `path` into it:
   // - LogAndContinue: one attempt; faulty rows are logged and passed over, the others applied. Returns
-  //   false, without throwing, when a row failed, the frame is broken or the file is missing (all logged).
-  // - Fail: one attempt; a missing file throws std::runtime_error "Missing incoming file <path>", a broken
-  //   frame or a faulty row throws the parser's error, and then no value of the file is applied.
+  //   false, without throwing, when a row failed, the frame is broken or the file is missing or not a
+  //   regular file (all logged).
+  // - Fail: one attempt; a missing file throws std::runtime_error "Missing incoming file <path>", a
+  //   directory "Incoming file <path> is a directory, not a data file", another kind of non-regular file
+  //   "Incoming file <path> is not a regular file"; a broken frame or a faulty row throws the parser's
+  //   error, and then no value of the file is applied.
   // - Retry: as Fail, but a missing or failing file (one still being written, say) is read again after
   //   the pause, up to the attempts; the last attempt's error is thrown.
   // Returns true when the whole file was applied.

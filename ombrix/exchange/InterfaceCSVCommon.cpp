@@ -97,12 +97,7 @@ const std::string& InterfaceCSVCommon::getOmbrixPath() const
 
 std::string InterfaceCSVCommon::getFile(const std::string& name)
 {
-  std::string path;
-  path.reserve(m_ombrixPath.size() + 1 + name.size());
-  path += m_ombrixPath;
-  path += '/';
-  path += name;
-  return path;
+  return FileSystem::Path::join(m_ombrixPath, name);
 }
 
 std::string InterfaceCSVCommon::getInFile()

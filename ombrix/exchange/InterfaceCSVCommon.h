@@ -15,9 +15,9 @@ namespace Ombrix
 class OMBRIX_API InterfaceCSVCommon
 {
 public:
-  // Keeps `directory` without its trailing slash. Only CSVFileMode::Sequential engages the file counter
-  // (at 0) and only CSVFileMode::Automatic sets the automatic flag; both stay as set here for the life of
-  // the object.
+  // Keeps `directory` without its trailing slash; the root ("/", "//") is kept as "/". Only
+  // CSVFileMode::Sequential engages the file counter (at 0) and only CSVFileMode::Automatic sets the
+  // automatic flag; both stay as set here for the life of the object.
   explicit InterfaceCSVCommon(const std::string& directory = "", CSVFileMode mode = CSVFileMode::Fixed);
 
   // Bare file names in the exchange directory. The data file names carry `n` when it is given
@@ -46,7 +46,8 @@ public:
 protected:
   const std::string& getOmbrixPath() const;
   // The directory, "/", `name`. Always a forward slash: the platform converts it when the file is opened.
-  // With an empty directory the result is "/" followed by the name.
+  // With an empty directory the result is "/" followed by the name; the root directory "/" gives
+  // "/name" too, not "//name".
   std::string getFile(const std::string& name);
   // The data files, numbered when the counter is engaged.
   std::string getInFile();

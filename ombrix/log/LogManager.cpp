@@ -1,6 +1,7 @@
 #include "ombrix/log/LogManager.h"
 
 #include "ombrix/log/LogSection.h"
+#include "ombrix/platform/ClassicCLocaleScope.h"
 #include "ombrix/platform/FileCloser.h"
 
 #include <cerrno>
@@ -154,6 +155,8 @@ void LogManager::writeLine(TimePoint when, LogLevel level, const std::string* se
   auto file = openLogFile(m_path, "a+", m_openFailureReported);
   if (!file)
     return;
+  // The host's numbers ("%f", "%g") in the classic form, whatever C locale a named global locale set.
+  const FileSystem::ClassicCLocaleScope classicNumbers;
   if (sectionName)
     std::fprintf(file.get(), "[%s]:\t%s\t%s\t ", stamp.c_str(), levelName.c_str(), sectionName->c_str());
   else

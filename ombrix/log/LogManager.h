@@ -70,7 +70,8 @@ public:
 
   // Writes one Informational line that records the value just set on `attribute` for `chronology`.
   // A null attribute, an inactive manager or a level below Informational writes nothing. Throws
-  // std::logic_error("Not implemented") for an unknown chronology.
+  // std::logic_error("Not implemented") for an unknown chronology whenever the manager is active,
+  // whatever its level.
   void recordAttributeSetValue(Model::Attribute* attribute, KorvanSDK::Chronology chronology);
 
   // The time stamp of a line, e.g. "2024-03-05T14:07:09.250Z" (UTC). The milliseconds are rounded

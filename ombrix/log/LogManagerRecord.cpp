@@ -17,6 +17,8 @@ void LogManager::recordAttributeSetValue(Model::Attribute* attribute, KorvanSDK:
   std::lock_guard lock(m_mutex);
   if (attribute == nullptr || m_path.empty())
     return;
+  // Checked before the level, so that an unknown chronology fails whatever the level.
+  const std::string chronologyName = KorvanSDK::chronologyToString(chronology);
   // Spares the value's conversion to text when the line would be dropped anyway.
   if (static_cast<std::int32_t>(LogLevel::Informational) > static_cast<std::int32_t>(m_level.load()))
     return;
@@ -35,8 +37,8 @@ void LogManager::recordAttributeSetValue(Model::Attribute* attribute, KorvanSDK:
   }
 
   addToLog(LogLevel::Informational, "Attribute '%s:%s:%s ,[%d]' set to '%s'",
-           Model::toString(entityID).c_str(), joinedPath.c_str(),
-           KorvanSDK::chronologyToString(chronology).c_str(), static_cast<int>(chronology), value.c_str());
+           Model::toString(entityID).c_str(), joinedPath.c_str(), chronologyName.c_str(),
+           static_cast<int>(chronology), value.c_str());
 }
 
 } // namespace Ombrix

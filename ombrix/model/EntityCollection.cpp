@@ -281,6 +281,11 @@ EntityCollection::iterator EntityCollection::find(const std::string& type, const
   return unconst<iterator>(m_entities, std::as_const(*this).find(type, name, i));
 }
 
+EntityCollection::iterator EntityCollection::find(const Entity* entity, iterator start)
+{
+  return std::find(start, end(), entity);
+}
+
 EntityCollection::iterator EntityCollection::find(const EntityID& id, iterator start)
 {
   return std::find_if(start, end(), [&](const Entity* e) { return e && e->getUniqueID() == id; });
@@ -300,6 +305,37 @@ EntityCollection::iterator EntityCollection::find(const std::string& type, const
     return it;
   return std::find_if(start, end(),
                       [&](const Entity* e) { return e && e->type() == type && e->name() == name; });
+}
+
+namespace
+{
+// The `index`-th entry from `start` on that satisfies `matches`, or `last`.
+template <typename Matches>
+EntityCollection::iterator nthMatch(EntityCollection::iterator start, EntityCollection::iterator last,
+                                    std::size_t index, Matches matches)
+{
+  for (auto it = start; it != last; ++it)
+  {
+    if (*it && matches(**it) && index-- == 0)
+      return it;
+  }
+  return last;
+}
+} // namespace
+
+EntityCollection::iterator EntityCollection::find(const std::string& type, std::size_t i, iterator start)
+{
+  return nthMatch(start, end(), i, [&](const Entity& e) { return e.type() == type; });
+}
+
+EntityCollection::iterator EntityCollection::find(const std::string& type, const std::string& name,
+                                                  std::size_t i, iterator start)
+{
+  // As without an index: once any full name matches from `start` on, only full names count.
+  const auto fullName = [&](const Entity& e) { return e.type() == type && e.getName(true) == name; };
+  if (nthMatch(start, end(), 0, fullName) != end())
+    return nthMatch(start, end(), i, fullName);
+  return nthMatch(start, end(), i, [&](const Entity& e) { return e.type() == type && e.name() == name; });
 }
 
 Attribute* EntityCollection::find(const std::string& type, const std::string& name,

@@ -78,6 +78,7 @@ public:
   // full "->" name is tried over the whole list first, then the own name. The forms with `start`
   // continue a search from that position.
   iterator find(const Entity* entity);
+  iterator find(const Entity* entity, iterator start);
   iterator find(const EntityID& id);
   iterator find(const EntityID& id, iterator start);
   iterator find(const std::string& type);
@@ -85,7 +86,10 @@ public:
   iterator find(const std::string& type, const std::string& name);
   iterator find(const std::string& type, const std::string& name, iterator start);
   iterator find(const std::string& type, std::size_t index);
+  // The index counts the matches from `start` on.
+  iterator find(const std::string& type, std::size_t index, iterator start);
   iterator find(const std::string& type, const std::string& name, std::size_t index);
+  iterator find(const std::string& type, const std::string& name, std::size_t index, iterator start);
   const_iterator find(const Entity* entity) const;
   const_iterator find(const EntityID& id) const;
   const_iterator find(const std::string& type) const;

@@ -2,7 +2,9 @@
 
 #include "ombrix/model/ValueText.h"
 
+#include <atomic>
 #include <climits>
+#include <cstdint>
 #include <ctime>
 #include <mutex>
 #include <random>
@@ -14,12 +16,16 @@ namespace
 
 struct IdGenerator
 {
-  IdGenerator() : engine(std::random_device{}()), distribution(0, 2147483647), counter(distribution(engine))
+  IdGenerator()
+      : engine(std::random_device{}()), distribution(0, INT_MAX),
+        counter(static_cast<std::uint32_t>(distribution(engine)))
   {
   }
   std::mt19937 engine;
   std::uniform_int_distribution<int> distribution;
-  int counter;
+  // Atomic, so that threads that build their own models never draw the same ID. Only the low 31 bits are
+  // handed out: counting on past INT_MAX gives 0 again, which is the wrap the IDs need.
+  std::atomic<std::uint32_t> counter;
 };
 
 IdGenerator& generator()
@@ -67,11 +73,7 @@ EntityID EntityID::fromString(const std::string& text)
 
 void EntityID::generateNew()
 {
-  IdGenerator& g = generator();
-  m_id[0] = g.counter;
-  // The counter wraps to 0 past INT_MAX; computed unsigned so that the wrap is defined behaviour.
-  const unsigned next = static_cast<unsigned>(g.counter) + 1u;
-  g.counter = next > static_cast<unsigned>(INT_MAX) ? 0 : static_cast<int>(next);
+  m_id[0] = static_cast<int>(generator().counter.fetch_add(1, std::memory_order_relaxed) & 0x7fffffffu);
   m_id[1] = static_cast<int>(static_cast<std::uint32_t>(std::clock()));
 }
 

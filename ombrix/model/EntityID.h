@@ -33,7 +33,7 @@ public:
   static constexpr EntityID fromCEntityID(const KorvanSDK_Model_EntityID& id) { return EntityID(id); }
 
   // Element 0 from a process-wide counter started at a random value, element 1 from the processor
-  // clock. Distinct within one process until the counter wraps; not safe for concurrent generation.
+  // clock. Distinct within one process until the counter wraps, also when several threads generate IDs.
   void generateNew();
 
   constexpr int operator[](std::size_t i) const { return m_id[i]; }

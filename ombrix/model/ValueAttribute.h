@@ -82,11 +82,11 @@ private:
   Data::ValueContainer<T> m_value;
 };
 
-extern template class ValueAttribute<int>;
-extern template class ValueAttribute<bool>;
-extern template class ValueAttribute<std::string>;
-extern template class ValueAttribute<float>;
-extern template class ValueAttribute<double>;
+extern template class OMBRIX_API ValueAttribute<int>;
+extern template class OMBRIX_API ValueAttribute<bool>;
+extern template class OMBRIX_API ValueAttribute<std::string>;
+extern template class OMBRIX_API ValueAttribute<float>;
+extern template class OMBRIX_API ValueAttribute<double>;
 
 using IntAttribute = ValueAttribute<int>;
 using BoolAttribute = ValueAttribute<bool>;

@@ -1,10 +1,12 @@
 // Text forms of the value types: how values are written to and parsed from the exchange files and the
-// log. Doubles and floats are written "%f" (six decimals) by default; the round-trip form writes the
-// shortest text that reads back bit-identical. Bools are written "Yes"/"No".
+// log. Doubles and floats are written as "%f" would (six decimals) by default; the round-trip form writes
+// the shortest text that reads back bit-identical. Bools are written "Yes"/"No". Numbers are always in
+// the classic notation ('.' decimal point, no digit grouping), whatever the C or C++ locale.
 #pragma once
 
 #include "ombrix/OmbrixExport.h"
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -31,12 +33,16 @@ OMBRIX_API void appendText(std::string& out, bool value);
 OMBRIX_API void appendText(std::string& out, float value, NumberFormat format = NumberFormat::Fixed);
 OMBRIX_API void appendText(std::string& out, double value, NumberFormat format = NumberFormat::Fixed);
 
-// Parsers with the standard conversions' rules (leading white space skipped, trailing text ignored).
-// Failures: std::invalid_argument "invalid stoi argument" / "invalid stof argument" and
-// std::out_of_range "stoi argument out of range" / "stof argument out of range" (doubles alike).
-OMBRIX_API int parseInt(const std::string& text);
-OMBRIX_API float parseFloat(const std::string& text);
-OMBRIX_API double parseDouble(const std::string& text);
+// Parsers with the standard conversions' rules (leading white space skipped, an optional sign, trailing
+// text ignored; floating values also in hexadecimal notation, "inf" and "nan"), in the classic notation.
+// Every value the writers above produce reads back, subnormal numbers included. `used`, when given,
+// receives the number of characters taken. Failures: std::invalid_argument "invalid stoi argument" /
+// "invalid stof argument" and std::out_of_range "stoi argument out of range" / "stof argument out of
+// range" (doubles alike, "stod"); out of range means beyond the largest finite value or, for a non-zero
+// text, below the smallest subnormal one.
+OMBRIX_API int parseInt(const std::string& text, std::size_t* used = nullptr);
+OMBRIX_API float parseFloat(const std::string& text, std::size_t* used = nullptr);
+OMBRIX_API double parseDouble(const std::string& text, std::size_t* used = nullptr);
 // "True", "Yes", "1" and "False", "No", "0"; anything else throws std::invalid_argument
 // "Invalid bool text '<text>'".
 OMBRIX_API bool parseBool(const std::string& text);

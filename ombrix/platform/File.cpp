@@ -24,18 +24,25 @@ bool File::remove(const std::string& path)
 bool File::writeAtomically(const std::string& path, const std::string& content)
 {
   const std::string temporary = path + ".tmp";
+  bool written = false;
   {
     ZQofstream out(temporary, std::ios::binary | std::ios::trunc);
     if (!out)
       return false;
     out.write(content.data(), static_cast<std::streamsize>(content.size()));
     out.close();
-    if (!out)
-      return false;
+    written = static_cast<bool>(out);
   }
   std::error_code error;
-  std::filesystem::rename(temporary, path, error);
-  return !error;
+  if (written)
+    std::filesystem::rename(temporary, path, error);
+  // A failed write or rename (onto a directory, say) must not leave the temporary behind.
+  if (!written || error)
+  {
+    std::filesystem::remove(temporary, error);
+    return false;
+  }
+  return true;
 }
 
 bool File::readAll(const std::string& path, std::string& content)

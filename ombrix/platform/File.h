@@ -4,14 +4,36 @@
 #include "ombrix/OmbrixExport.h"
 
 #include <fstream>
+#include <locale>
 #include <string>
 
 namespace FileSystem
 {
 
-// Plain narrow file streams; paths use forward slashes on every system.
-using ZQifstream = std::ifstream;
-using ZQofstream = std::ofstream;
+// Narrow file streams for the small exchange files; paths use forward slashes on every system. Numbers
+// are written and read in the classic "C" form whatever locale the host made global, so that both sides
+// of an exchange read what the other wrote ("21003", never "21,003").
+class ZQifstream : public std::ifstream
+{
+public:
+  ZQifstream() { imbue(std::locale::classic()); }
+  explicit ZQifstream(const std::string& path, std::ios::openmode mode = std::ios::in)
+  {
+    imbue(std::locale::classic());
+    open(path, mode);
+  }
+};
+
+class ZQofstream : public std::ofstream
+{
+public:
+  ZQofstream() { imbue(std::locale::classic()); }
+  explicit ZQofstream(const std::string& path, std::ios::openmode mode = std::ios::out)
+  {
+    imbue(std::locale::classic());
+    open(path, mode);
+  }
+};
 
 class OMBRIX_API File
 {

@@ -61,14 +61,14 @@ TEST_F(CSVDataFileParserTest, ColumnHeaderAndRowOrder)
   std::vector<std::string> places;
   for (std::size_t i = 2; i + 1 < table.size(); ++i)
     places.push_back(table[i][0] + ":" + table[i][3]);
-  // Solution control first; "Name" never carried; no rows for composites, links or shortcuts;
-  // the entity held by the non-owning array is not in the collection's list.
-  EXPECT_EQ(places, (std::vector<std::string>{
-                        "1-1:Results.Iteration", "1-1:Results.Time", "1-1:Results.IsConverged",
-                        "1-1:Transient.Time Varying", "1-1:Transient.Definition.Time Step",
-                        "1-1:Ombrix Control.Stop On Convergence", "3-17:Speed", "3-17:Count", "3-17:On",
-                        "3-17:Label", "3-17:Ratio", "3-17:Geometry.Diameter", "3-17:Geometry.Length",
-                        "3-17:Geometry.Height", "3-17:Inlet Diameter", "4-17:Load", "5-17:Load"}));
+  // Solution control first; "Name" never carried; no rows for composites, links or shortcuts.
+  EXPECT_EQ(places,
+            (std::vector<std::string>{"1-1:Results.Iteration", "1-1:Results.Time", "1-1:Results.IsConverged",
+                                      "1-1:Transient.Time Varying", "1-1:Transient.Definition.Time Step",
+                                      "1-1:Ombrix Control.Stop On Convergence", "3-17:Speed", "3-17:Count",
+                                      "3-17:On", "3-17:Label", "3-17:Ratio", "3-17:Geometry.Diameter",
+                                      "3-17:Geometry.Length", "3-17:Geometry.Height", "3-17:Inlet Diameter",
+                                      "4-17:Load", "5-17:Load", "6-17:Load", "7-17:Value"}));
   EXPECT_EQ(table[8], (std::vector<std::string>{"3-17", "Pump", "P1, \"main\"", "Speed", "1.500000",
                                                 "2.250000", "rpm"}));
   EXPECT_EQ(table[17][2], "P1, \"main\"->S4");
@@ -340,6 +340,44 @@ TEST_F(CSVDataFileParserTest, BadRowsAreReportedWithFileAndRowAndNothingIsApplie
     EXPECT_FALSE(lenient.parseFile(inPath));
     EXPECT_EQ(at(solver, EntityID(3, 17), "Count").getIntValue(Chronology::Current, false), 77);
     at(solver, EntityID(3, 17), "Count").setIntValue(-7, Chronology::Current, false);
+  }
+}
+
+TEST_F(CSVDataFileParserTest, RepeatedColumnTakesItsLastPlace)
+{
+  const std::string pump = "3-17,Pump,\"P1, \"\"main\"\"\",";
+  OmbrixTest::writeFile(
+      inPath, framed("EntityID,EntityType,EntityName,AttributePath,Unit,CurrentValue,Unit\n" + sc +
+                     "Results.Iteration,,12,\n" + pump + "Speed,x,3.5,rpm\n" + pump + "Count,,5\n"));
+  CSVDataFileParser reader(solver, {Chronology::Current});
+  reader.setSkipReadOnly(true);
+  EXPECT_THROW_MSG(reader.parseFile(inPath), std::runtime_error,
+                   inPath + ", row 5: Row has 6 fields, the column header has 7");
+  reader.setFatalErrors(false);
+  EXPECT_FALSE(reader.parseFile(inPath));
+  EXPECT_EQ(at(solver, EntityID(3, 17), "Speed").getDoubleValue(Chronology::Current, false), 3.5);
+}
+
+TEST_F(CSVDataFileParserTest, RefusesNamesThatPathsCannotCarry)
+{
+  const std::pair<const char*, const char*> cases[] = {
+      {"a.b", "the attribute 'a.b' of 3-17:Geometry has a '.' in its name"},
+      {"", "an attribute of 3-17:Geometry has an empty name"},
+  };
+  for (const auto& [name, refusal] : cases)
+  {
+    SCOPED_TRACE(name);
+    EntityCollection model;
+    buildModel(model);
+    addDouble(static_cast<CompositeAttribute&>(at(model, EntityID(3, 17), "Geometry")), "Added",
+              AccessType::ReadWrite, 1.0)
+        .setType(name);
+    const std::string message =
+        std::string("Cannot write the data file: ") + refusal + ", which attribute paths cannot carry";
+    CSVDataFileParser out(model, {Chronology::Current});
+    EXPECT_THROW_MSG(out.saveAs(outPath), std::runtime_error, message);
+    EXPECT_FALSE(std::filesystem::exists(outPath)); // no half-written file is left
+    EXPECT_TRUE(logged(message));
   }
 }
 

@@ -75,7 +75,8 @@ inline std::unique_ptr<Entity> makeSolutionControl(int iteration, bool transient
   return entity;
 }
 
-// Solution control, then a pump holding servers (list), a backup (link) and slots (array).
+// Solution control, then a pump holding servers (list), a backup (link) and slots (array): everything
+// that the definition file carries.
 inline void buildModel(EntityCollection& collection)
 {
   collection.addRootEntity(makeSolutionControl(12, true, 0.5, 0.25));
@@ -114,11 +115,13 @@ inline void buildModel(EntityCollection& collection)
   auto& backup = add<LinkAttribute>(*pump, AttributeType::Link, "Backup", AccessType::ReadOnly);
   backup.setRelationShipType("Spare");
   backup.setOwnsEntities(true);
-  backup.addEntity(makeEntity("Server", "B", EntityID(6, 17))); // no attributes at all
+  auto spare = makeEntity("Server", "B", EntityID(6, 17));
+  addDouble(*spare, "Load", AccessType::ReadWrite, 0.0, "W");
+  backup.addEntity(std::move(spare));
   auto& slots = add<ArrayAttribute>(*pump, AttributeType::Array, "Slots", AccessType::ReadWrite);
   slots.setRelationShipType("Slot");
+  slots.setOwnsEntities(true);
   auto slot = makeEntity("Slot", "A1", EntityID(7, 17));
-  slot->setAccessType(AccessType::ReadOnly);
   add<IntAttribute>(*slot, AttributeType::Int, "Value", AccessType::ReadOnly).set(9, Chronology::Initial);
   slots.addEntity(std::move(slot));
   collection.addRootEntity(std::move(pump));

@@ -117,6 +117,16 @@ TEST_F(InFileReaderTest, HandlingDecidesBetweenPartialApplyReturnAndThrow)
   }
 }
 
+TEST_F(InFileReaderTest, DirectoryIsRefusedAsSuch)
+{
+  std::filesystem::remove(path);
+  std::filesystem::create_directory(path);
+  CSVDataFileParser parser(target, {Chronology::Current});
+  EXPECT_THROW_MSG(InFileReader(ReadFailureHandling::Fail).read(parser, path), std::runtime_error,
+                   "Incoming file " + path + " is a directory, not a data file");
+  EXPECT_FALSE(InFileReader(ReadFailureHandling::LogAndContinue).read(parser, path));
+}
+
 TEST_F(InFileReaderTest, AttemptsComeFromTheOptionsAndCountOnlyForRetry)
 {
   Ombrix::CSVEventHandlerOptions options;

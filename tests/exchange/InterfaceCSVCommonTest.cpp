@@ -120,13 +120,14 @@ TEST(InterfaceCSVCommon, SeparatorIsAlwaysForwardSlash)
   const std::pair<const char*, const char*> cases[] = {
       {"", "/def.csv"},         {"dir", "dir/def.csv"},
       {"dir//", "dir/def.csv"}, {"C:\\exchange\\", "C:\\exchange/def.csv"},
-      {"/", "//def.csv"},
+      {"/", "/def.csv"},        {"//", "/def.csv"},
   };
   for (const auto& [directory, expected] : cases)
   {
     SCOPED_TRACE(directory);
     EXPECT_EQ(Interface(directory).getDefFile(), expected);
   }
+  EXPECT_EQ(Interface("//").getOmbrixPath(), "/");
 }
 
 TEST(InterfaceCSVCommon, DefaultsAreEmptyDirectoryAndFixedMode)

@@ -1,5 +1,6 @@
 #include "ombrix/exchange/StateFileReaderWriter.h"
 
+#include "support/GroupingLocale.h"
 #include "support/TestSupport.h"
 
 #include <chrono>
@@ -72,6 +73,16 @@ TEST(StateFileReaderWriter, WritesExactBytesAndReadsThemBack)
     EXPECT_EQ(file.getState(), state(value));
     EXPECT_EQ(StateFileReaderWriter(dir.file("out.state")).readState(1), state(value));
   }
+}
+
+TEST(StateFileReaderWriter, HostLocaleChangesNoNumber)
+{
+  TempDir dir;
+  const OmbrixTest::GroupingLocale grouping;
+  StateFileReaderWriter file(dir.file("out.state"));
+  EXPECT_TRUE(file.writeState(state(21003), 1));
+  EXPECT_EQ(readFile(dir.file("out.state")), "21003\tCFDSolver_NewDataReady\t<END>");
+  EXPECT_EQ(file.readState(1), state(21003));
 }
 
 TEST(StateFileReaderWriter, WriteTruncatesAndIgnoresTries)

@@ -1,8 +1,10 @@
 #include "ombrix/log/LogManager.h"
 
 #include "ombrix/log/LogSection.h"
+#include "ombrix/model/ValueAttribute.h"
 
 #include "log/LogTestSupport.h"
+#include "support/GroupingLocale.h"
 
 #include <cstdarg>
 #include <gtest/gtest.h>
@@ -60,13 +62,6 @@ void sectionNowV(LogLevel level, const LogSection& section, const char* format, 
   logManager().vaddToLog(level, section, format, args);
   va_end(args);
 }
-
-// Digits grouped in threes with ',' as a host's global locale might do.
-struct GroupingPunctuation : std::numpunct<char>
-{
-  char do_thousands_sep() const override { return ','; }
-  std::string do_grouping() const override { return "\3"; }
-};
 
 } // namespace
 
@@ -258,11 +253,32 @@ TEST_F(LogManagerTest, TimeStamps)
 
 TEST_F(LogManagerTest, TimeStampsIgnoreTheGlobalLocale)
 {
-  const std::locale previous =
-      std::locale::global(std::locale(std::locale::classic(), new GroupingPunctuation));
-  const std::string text = LogManager::formatTimeStamp(utc(2024, 3, 5, 14, 7, 9, 999'900us));
-  std::locale::global(previous);
-  EXPECT_EQ(text, "2024-03-05T14:07:09.1000Z");
+  const OmbrixTest::GroupingLocale grouping;
+  EXPECT_EQ(LogManager::formatTimeStamp(utc(2024, 3, 5, 14, 7, 9, 999'900us)), "2024-03-05T14:07:09.1000Z");
+}
+
+TEST_F(LogManagerTest, NumbersIgnoreANamedGlobalLocale)
+{
+  logManager().initialize(logPath, LogLevel::Message);
+  {
+    const OmbrixTest::GroupingLocale grouping;
+    if (!grouping.named())
+      GTEST_SKIP() << "no named locale that groups digits is installed (.ci/run makes de_DE.UTF-8)";
+    logManager().addToLog(LogLevel::Message, "%.1f %g", 2.5, 0.25);
+  }
+  EXPECT_EQ(withoutStamp(lines().at(1)), "\tMessage\t\t2.5 0.25");
+}
+
+TEST_F(LogManagerTest, UnknownChronologyFailsAtEveryLevel)
+{
+  Model::ValueAttribute<int> value("Value", KorvanSDK::AccessType::ReadWrite, nullptr);
+  for (const LogLevel level : {LogLevel::None, LogLevel::Error, LogLevel::Informational})
+  {
+    SCOPED_TRACE(toString(level));
+    logManager().initialize(logPath, level);
+    EXPECT_THROW_MSG(logManager().recordAttributeSetValue(&value, static_cast<KorvanSDK::Chronology>(9)),
+                     std::logic_error, "Not implemented");
+  }
 }
 
 TEST_F(LogManagerTest, ConcurrentLinesNeverInterleave)

@@ -203,19 +203,20 @@ struct Naive
       n += e->getUniqueID() == id;
     return n;
   }
-  std::vector<std::size_t> byType(const std::string& type) const
+  std::vector<std::size_t> byType(const std::string& type, std::size_t start = 0) const
   {
     std::vector<std::size_t> result;
-    for (std::size_t i = 0; i < c.size(); ++i)
+    for (std::size_t i = start; i < c.size(); ++i)
       if (c[i]->type() == type)
         result.push_back(i);
     return result;
   }
-  std::vector<std::size_t> byTypeName(const std::string& type, const std::string& name) const
+  std::vector<std::size_t> byTypeName(const std::string& type, const std::string& name,
+                                      std::size_t start = 0) const
   {
     std::vector<std::size_t> full;
     std::vector<std::size_t> own;
-    for (std::size_t i = 0; i < c.size(); ++i)
+    for (std::size_t i = start; i < c.size(); ++i)
     {
       if (c[i]->type() != type)
         continue;
@@ -245,33 +246,43 @@ void expectAgreesWithLinearScan(EntityCollection& collection)
       EXPECT_EQ(collection.getNumberOfEntities(id), naive.countId(id));
     }
   }
-  for (const char* type : kTypes)
+  const auto position = [&](EntityCollection::iterator it)
+  { return it == collection.end() ? -1 : it - collection.begin(); };
+  const auto expected = [](const std::vector<std::size_t>& matches, std::size_t i)
+  { return i < matches.size() ? static_cast<std::ptrdiff_t>(matches[i]) : -1; };
+  // The forms without a start from the beginning; those with one from the middle (indices count from there).
+  for (const std::size_t start : {std::size_t{0}, collection.size() / 2})
   {
-    const auto positions = naive.byType(type);
-    EXPECT_EQ(collection.getNumberOfEntities(type), positions.size()) << type;
-    for (std::size_t i = 0; i <= positions.size(); ++i)
+    const auto from = collection.begin() + static_cast<std::ptrdiff_t>(start);
+    for (const char* type : kTypes)
     {
-      auto it = collection.find(type, i);
-      EXPECT_EQ(it == collection.end() ? -1 : it - collection.begin(),
-                i < positions.size() ? static_cast<std::ptrdiff_t>(positions[i]) : -1)
-          << type << " #" << i;
-    }
-    for (const char* name : kNames)
-    {
-      const auto matches = naive.byTypeName(type, name);
-      for (std::size_t i = 0; i <= matches.size(); ++i)
+      const auto positions = naive.byType(type, start);
+      EXPECT_EQ(collection.getNumberOfEntities(type), naive.byType(type).size()) << type;
+      for (std::size_t i = 0; i <= positions.size(); ++i)
+        EXPECT_EQ(position(start == 0 ? collection.find(type, i) : collection.find(type, i, from)),
+                  expected(positions, i))
+            << type << " #" << i << " from " << start;
+      for (const char* name : kNames)
       {
-        auto it = collection.find(type, name, i);
-        EXPECT_EQ(it == collection.end() ? -1 : it - collection.begin(),
-                  i < matches.size() ? static_cast<std::ptrdiff_t>(matches[i]) : -1)
-            << type << " " << name << " #" << i;
+        const auto matches = naive.byTypeName(type, name, start);
+        for (std::size_t i = 0; i <= matches.size(); ++i)
+          EXPECT_EQ(
+              position(start == 0 ? collection.find(type, name, i) : collection.find(type, name, i, from)),
+              expected(matches, i))
+              << type << " " << name << " #" << i << " from " << start;
+        EXPECT_EQ(position(start == 0 ? collection.find(type, name) : collection.find(type, name, from)),
+                  expected(matches, 0))
+            << type << " " << name;
       }
-      auto it = collection.find(type, name);
-      EXPECT_EQ(it, collection.find(type, name, collection.begin()));
     }
   }
   for (std::size_t i = 0; i < collection.size(); ++i)
+  {
     EXPECT_EQ(collection.getEntityIndex(collection[i]), i);
+    const auto at = collection.begin() + static_cast<std::ptrdiff_t>(i);
+    EXPECT_EQ(collection.find(collection[i], at), at);
+    EXPECT_EQ(collection.find(collection[i], at + 1), collection.end());
+  }
 }
 
 std::unique_ptr<Entity> randomEntity(std::mt19937& rng, int depth)

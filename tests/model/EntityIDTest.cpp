@@ -1,12 +1,15 @@
 #include "ombrix/model/EntityID.h"
 
 #include "ombrix/model/Entity.h"
+#include "ombrix/model/EntityCollection.h"
 
 #include "support/TestSupport.h"
 
 #include <climits>
 #include <set>
 #include <stdexcept>
+#include <thread>
+#include <vector>
 
 using Ombrix::Model::EntityID;
 
@@ -81,6 +84,26 @@ TEST(EntityIDTest, GeneratedIDsAreDistinct)
   id.generateNew();
   EXPECT_NE(id, before);
   EXPECT_GE(id[0], 0);
+}
+
+TEST(EntityIDTest, ThreadsBuildingTheirOwnModelsDrawDistinctIDs)
+{
+  constexpr int perThread = 2000;
+  std::vector<int> firsts[2];
+  auto build = [](std::vector<int>& out)
+  {
+    Ombrix::Model::EntityCollection model;
+    for (int i = 0; i < perThread; ++i)
+      model.addRootEntity(std::make_unique<Ombrix::Model::Entity>("Pump", "P"));
+    for (const auto* entity : model)
+      out.push_back(entity->getUniqueID()[0]);
+  };
+  std::thread other(build, std::ref(firsts[1]));
+  build(firsts[0]);
+  other.join();
+  std::set<int> all(firsts[0].begin(), firsts[0].end());
+  all.insert(firsts[1].begin(), firsts[1].end());
+  EXPECT_EQ(all.size(), 2u * perThread);
 }
 
 TEST(EntityIDTest, AnEntityGivenItsIDDrawsNoFreshOne)

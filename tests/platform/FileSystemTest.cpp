@@ -5,6 +5,7 @@
 #include "support/TestSupport.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <gtest/gtest.h>
 
 using FileSystem::File;
@@ -12,8 +13,9 @@ using FileSystem::File;
 TEST(Path, StripTrailingSlash)
 {
   const std::pair<const char*, const char*> cases[] = {
-      {"/a/b/", "/a/b"}, {"/a/b//", "/a/b"}, {"a\\b\\", "a\\b"}, {"a/b\\/", "a/b"}, {"/a/b", "/a/b"},
-      {"a", "a"},        {"", ""},           {"/", "/"},         {"//", "//"},      {"C:\\", "C:"},
+      {"/a/b/", "/a/b"}, {"/a/b//", "/a/b"}, {"a\\b\\", "a\\b"}, {"a/b\\/", "a/b"},
+      {"/a/b", "/a/b"},  {"a", "a"},         {"", ""},           {"/", "/"},
+      {"//", "/"},       {"C:\\", "C:"},     {"\\\\", "\\"},
   };
   for (const auto& [path, stripped] : cases)
   {
@@ -63,6 +65,10 @@ TEST(File, WriteAtomicallyReplacesTheWholeFile)
   EXPECT_EQ(OmbrixTest::readFile(path), std::string("2\0\t<END>", 8));
   EXPECT_FALSE(File::exists(path + ".tmp"));
   EXPECT_FALSE(File::writeAtomically(dir.file("missing/state"), "x"));
+  // Onto a directory: refused, and the temporary is gone.
+  std::filesystem::create_directory(dir.file("directory"));
+  EXPECT_FALSE(File::writeAtomically(dir.file("directory"), "x"));
+  EXPECT_FALSE(std::filesystem::exists(dir.file("directory.tmp")));
 }
 
 TEST(File, ReadAllGivesTheWholeFileOrFalse)
