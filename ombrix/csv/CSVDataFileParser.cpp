@@ -454,6 +454,9 @@ struct CSVDataFileParser::Reader : RowErrors
   void apply()
   {
     const bool user = !parser.m_korvanSDK;
+    const bool record = parser.m_recordApplied;
+    if (record)
+      parser.m_applied.reserve(writes.size());
     for (const Write& w : writes)
     {
       try
@@ -462,6 +465,8 @@ struct CSVDataFileParser::Reader : RowErrors
           applyUser(w);
         else
           applyInternal(w);
+        if (record)
+          parser.m_applied.push_back({w.target, w.chronology});
       }
       catch (const std::exception& failure)
       {
@@ -516,6 +521,7 @@ std::pair<CSVFileParserBase::RowIterator, bool> CSVDataFileParser::readData(RowI
 {
   m_fileTime.reset();
   m_endRequested = false;
+  m_applied.clear();
   if (first == last)
     reportError("Missing column header", true);
   checkDataHeader(first);
