@@ -47,9 +47,9 @@ public:
         return m_failed = true;
       if (m_stop.is_none())
         return false;
-      const int stop =
-          PyObject_IsTrue(py::reinterpret_steal<py::object>(PyObject_CallNoArgs(m_stop.ptr())).ptr());
-      if (stop < 0 || PyErr_Occurred())
+      const py::object answer = py::reinterpret_steal<py::object>(PyObject_CallNoArgs(m_stop.ptr()));
+      const int stop = answer ? PyObject_IsTrue(answer.ptr()) : -1;
+      if (stop < 0)
         return m_failed = true;
       return stop == 1;
     };
