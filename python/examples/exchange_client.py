@@ -65,8 +65,12 @@ def parse(argv: list[str] | None) -> argparse.Namespace:
     parser.add_argument("--gain", type=float, default=4000.0)
     parser.add_argument("--reset-time", type=float, default=60.0)
     parser.add_argument("--max-flux", type=float, default=60000.0)
-    parser.add_argument("--end-when-settled", type=float, default=0.0,
-                        help="answer END once the probe stayed within this many kelvin for 3 exchanges")
+    parser.add_argument(
+        "--end-when-settled",
+        type=float,
+        default=0.0,
+        help="answer END once the probe stayed within this many kelvin for 3 exchanges",
+    )
     parser.add_argument("--verbose", type=int, default=0)
     args = parser.parse_args(argv)
     if not (args.reset_time > 0 and args.max_flux > 0):
@@ -84,8 +88,13 @@ def main(argv: list[str] | None = None) -> int:
     controller = Controller(args.set_point, args.gain, args.reset_time, args.max_flux)
     probe = flux = simulated = 0.0
     settled = 0  # consecutive exchanges with the probe within --end-when-settled of the set point
-    client = ombrix.Client(args.dir, inputs=["Probe.Temperature"], outputs=["Heater Flux"], options=options,
-                           timeout_ms=args.timeout_ms)
+    client = ombrix.Client(
+        args.dir,
+        inputs=["Probe.Temperature"],
+        outputs=["Heater Flux"],
+        options=options,
+        timeout_ms=args.timeout_ms,
+    )
     try:
         with client:
             for step in client.steps():
@@ -107,11 +116,16 @@ def main(argv: list[str] | None = None) -> int:
 
     n = client.exchanges
     per_exchange = 1000.0 / n if n else 0.0
-    print(f"client: {n} exchanges up to t {simulated:.1f} s; probe {probe:.3f} K against set point "
-          f"{controller.set_point:.3f} K (off by {probe - controller.set_point:.3f} K), last flux {flux:.1f} W/m^2")
-    print(f"client: wall time per exchange {client.wall_seconds * per_exchange:.1f} ms: waiting for the solver "
-          f"{client.handshake.waiting * per_exchange:.1f} ms, data files {client.file_seconds * per_exchange:.1f} ms, "
-          f"control {client.compute_seconds * per_exchange:.3f} ms")
+    off = probe - controller.set_point
+    print(
+        f"client: {n} exchanges up to t {simulated:.1f} s; probe {probe:.3f} K against set point "
+        f"{controller.set_point:.3f} K (off by {off:.3f} K), last flux {flux:.1f} W/m^2"
+    )
+    waiting, files = client.handshake.waiting * per_exchange, client.file_seconds * per_exchange
+    print(
+        f"client: wall time per exchange {client.wall_seconds * per_exchange:.1f} ms: waiting for the solver "
+        f"{waiting:.1f} ms, data files {files:.1f} ms, control {client.compute_seconds * per_exchange:.3f} ms"
+    )
     return 0
 
 

@@ -68,20 +68,25 @@ def main(argv: list[str] | None = None) -> int:
     options.client_heartbeat_grace_period = 3
     answer = None
     try:
-        with ombrix.Client(args.dir, args.inputs, args.outputs, options=options, timeout_ms=args.timeout_ms) as client:
+        with ombrix.Client(
+            args.dir, args.inputs, args.outputs, options=options, timeout_ms=args.timeout_ms
+        ) as client:
             with torch.no_grad():
                 for step in client.steps():
                     batch = torch.from_numpy(step.inputs.array).unsqueeze(0).to(dtype)
                     answer = model(batch).squeeze(0).to(torch.float64).numpy()
                     if answer.shape != step.outputs.array.shape:
-                        raise ValueError(f"the model answers {answer.shape[0]} values for "
-                                         f"{len(step.outputs)} outputs")
+                        raise ValueError(
+                            f"the model answers {answer.shape[0]} values for " f"{len(step.outputs)} outputs"
+                        )
                     step.outputs.array[:] = answer
     except ombrix.Error as error:
         print(f"torch_client.py: {error}", file=sys.stderr)
         return 2
-    print(f"torch_client.py: the model answered {client.exchanges} exchanges; last answer "
-          f"{answer.tolist() if answer is not None else None}")
+    print(
+        f"torch_client.py: the model answered {client.exchanges} exchanges; last answer "
+        f"{answer.tolist() if answer is not None else None}"
+    )
     return 0
 
 

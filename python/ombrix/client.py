@@ -13,6 +13,7 @@ stop condition).
 
 from __future__ import annotations
 
+import contextlib
 import glob
 import os
 import time
@@ -63,11 +64,15 @@ class Handshake:
     period or the partner reports ``Failed``.
     """
 
-    def __init__(self, files: ExchangeFiles, options: Options, timeout_ms: int, partner: str = "solver") -> None:
+    def __init__(
+        self, files: ExchangeFiles, options: Options, timeout_ms: int, partner: str = "solver"
+    ) -> None:
         self.own = StateFile(files.in_state_file)
         self.partner = StateFile(files.out_state_file)
         self.own_alive = AliveFile(files.in_alive_file, interval=options.solver_heartbeat_interval)
-        self.partner_alive = AliveFile(files.out_alive_file, grace_period=options.client_heartbeat_grace_period)
+        self.partner_alive = AliveFile(
+            files.out_alive_file, grace_period=options.client_heartbeat_grace_period
+        )
         self.timeout_ms = timeout_ms
         self.partner_name = partner
         #: Seconds spent waiting for the partner so far.
@@ -96,7 +101,9 @@ class Handshake:
         :class:`ExchangeError` when the partner's heartbeat stops, it reports ``Failed``, or the
         time-out passes."""
         start = time.monotonic()
-        state = self.partner.wait_for({*wanted, SolveState.Failed}, self.timeout_ms, partner=self.partner_alive)
+        state = self.partner.wait_for(
+            {*wanted, SolveState.Failed}, self.timeout_ms, partner=self.partner_alive
+        )
         self.waiting += time.monotonic() - start
         if state in wanted:
             return state
@@ -154,7 +161,9 @@ class Slots(Mapping):
             if len(found) == 1:
                 return found[0]
             if len(found) > 1:
-                raise KeyError(f"{len(found)} slots have the path {key!r}; name one by an (entity, path) pair")
+                raise KeyError(
+                    f"{len(found)} slots have the path {key!r}; name one by an (entity, path) pair"
+                )
         attribute = key if isinstance(key, Attribute) else None
         if isinstance(key, tuple) and len(key) == 2:
             try:
@@ -188,7 +197,9 @@ class Slots(Mapping):
 class Step:
     """One exchange: the solver's data has been read; set :attr:`outputs` and let the loop go on."""
 
-    def __init__(self, number: int, simulation_time: SimulationTime, inputs: Slots, outputs: Slots, model: Model) -> None:
+    def __init__(
+        self, number: int, simulation_time: SimulationTime, inputs: Slots, outputs: Slots, model: Model
+    ) -> None:
         #: Exchanges so far, counted from 1.
         self.number = number
         #: The simulation time that ``out.csv`` carried.
@@ -241,9 +252,10 @@ class Client:
 
     `inputs` and `outputs` name the attributes handed to each step (see :data:`SlotKey`); by default
     every Int, Bool, Float or Double attribute that a user may read, respectively write, keyed
-    ``"<entity ID>:<path>"`` and also found by path. `options` (:class:`Options`) gives the directory's
-    file mode, the read-failure handling and the heartbeat; `timeout_ms` bounds every wait for the
-    solver (negative: no limit).
+    ``"<entity ID>:<path>"`` and also found by path. `options` (:class:`Options`) gives the data files'
+    mode, the read-failure handling and the heartbeat (its directory is not used: `directory` is);
+    `timeout_ms` bounds every wait for the solver (negative: no limit). `chronology` is the value column
+    of the data files and of the slots.
 
     Use it in a ``with`` block: leaving the block normally ends the exchange cleanly (the pending step is
     answered with "END" until the solver finishes), leaving it with an exception writes ``Failed`` so
@@ -261,7 +273,6 @@ class Client:
         chronology: Chronology = Chronology.Current,
     ) -> None:
         self.options = options if options is not None else default_options(directory)
-        self.options.directory = directory
         self.files = ExchangeFiles(directory, self.options.file_mode)
         self.handshake = Handshake(self.files, self.options, timeout_ms)
         self.chronology = chronology
@@ -290,6 +301,8 @@ class Client:
         step otherwise). Returns the model."""
         if self._phase != "new":
             return self.model
+        if not os.path.isdir(self.files.directory):
+            raise ExchangeError(f"the exchange directory {self.files.directory} does not exist")
         self._phase = "running"
         self._remove_own_files()
         self._finalizer = weakref.finalize(self, _abandon, self.handshake.own, self.handshake.own_alive)
@@ -300,7 +313,6 @@ class Client:
             hs.wait_for_partner()
             hs.wait_for(SolveState.FinishedWriting_Def_CSV_File)
             hs.set_state(SolveState.Reading_Def_CSV_File)
-            started = time.monotonic()
             self.model = Model.read_definition(self.files.def_file)
             self.inputs = self._slots(self._input_keys, _READABLE)
             self.outputs = self._slots(self._output_keys, _WRITABLE)
@@ -312,10 +324,8 @@ class Client:
                 attempts=self.options.in_file_try_attempts,
             )
             self.data.use_full_entity_names = self.options.use_full_entity_names
-            self.file_seconds += time.monotonic() - started
             hs.set_state(SolveState.FinishedReading_Def_CSV_File)
-        self.handshake.waiting = 0.0
-        self.file_seconds = 0.0
+        self.handshake.waiting = 0.0  # the exchanges alone, not the start
         self._loop_start = time.monotonic()
         return self.model
 
@@ -383,15 +393,17 @@ class Client:
             self.inputs.refresh()
             self.outputs.refresh()
             self._snapshot = self.outputs.array.copy()
-            self._current = Step(self.exchanges, self.data.simulation_time, self.inputs, self.outputs, self.model)
+            self._current = Step(
+                self.exchanges, self.data.simulation_time, self.inputs, self.outputs, self.model
+            )
         self._returned_at = time.monotonic()
         return self._current
 
     def _answer(self, step: Step) -> None:
         # Only the outputs the step changed are written: a shortcut and its target may both be outputs,
         # and writing back the one left alone would undo the other.
-        changed = ~((step.outputs.array == self._snapshot) | (np.isnan(step.outputs.array) & np.isnan(self._snapshot)))
-        step.outputs.store(changed)
+        now, before = step.outputs.array, self._snapshot
+        step.outputs.store(~((now == before) | (np.isnan(now) & np.isnan(before))))
         if step.end_requested:
             self.data.iteration_word = "END"
         started = time.monotonic()
@@ -413,7 +425,8 @@ class Client:
             for attribute in entity.attributes
             if attribute.value_kind in _NUMERIC and attribute.access in access
         ]
-        return Slots(View(self.model, chosen, self.chronology), [f"{entity.id}:{path}" for entity, path in chosen])
+        keys = [f"{entity.id}:{path}" for entity, path in chosen]
+        return Slots(View(self.model, chosen, self.chronology), keys)
 
     def _remove_own_files(self) -> None:
         # What an earlier run left must not pass for news.
@@ -423,20 +436,14 @@ class Client:
         for path in glob.glob(os.path.join(glob.escape(directory), "in*.csv")):
             _remove(path)
 
-    class _Failing:
-        def __init__(self, client: "Client") -> None:
-            self.client = client
-
-        def __enter__(self) -> None:
-            return None
-
-        def __exit__(self, kind, error, trace) -> None:
-            if kind is not None:
-                self.client.close()
-
-    def _failing(self) -> "Client._Failing":
+    @contextlib.contextmanager
+    def _failing(self) -> Iterator[None]:
         # Any error on the way leaves the exchange with Failed written.
-        return Client._Failing(self)
+        try:
+            yield
+        except BaseException:
+            self.close()
+            raise
 
 
 def _remove(path: str) -> None:

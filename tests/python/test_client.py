@@ -16,8 +16,9 @@ EXAMPLES = os.path.join(os.path.dirname(__file__), "..", "..", "python", "exampl
 def test_slots_are_found_by_key_path_pair_or_attribute(model):
     slots = ombrix.Slots(ombrix.View(model, ["Speed", ("S5", "Load"), ("S4", "Load")]))
     slots.refresh()
-    assert [slots.index(k) for k in ["Speed", ("S5", "Load"), ("P1", "Speed"), model.attribute("S4", "Load")]] \
-        == [0, 1, 0, 2]
+    assert [
+        slots.index(k) for k in ["Speed", ("S5", "Load"), ("P1", "Speed"), model.attribute("S4", "Load")]
+    ] == [0, 1, 0, 2]
     slots["Speed"] = 1.5
     assert np.asarray(slots).tolist() == [1.5, 5.0, 4.0] and dict(slots)["Speed"] == 1.5
     with pytest.raises(KeyError, match="2 slots have the path 'Load'"):
@@ -36,7 +37,10 @@ def options():
 def solver(directory, *arguments):
     return subprocess.Popen(
         [example_program("solver"), "--dir", str(directory), "--timeout-ms", "20000", *arguments],
-        stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        stdout=subprocess.PIPE,
+        stderr=subprocess.PIPE,
+        text=True,
+    )
 
 
 def test_a_client_answers_until_it_asks_the_solver_to_end(tmp_path):
@@ -74,16 +78,21 @@ def test_a_dead_solver_ends_the_loop_with_an_exchange_error(tmp_path):
             if step.number == 2:
                 process.kill()
     process.communicate()
-    assert str(raised.value) == (f"the solver stopped answering: its heartbeat in {tmp_path}/out.alive is "
-                                 "older than 3 s")
+    assert str(raised.value) == (
+        f"the solver stopped answering: its heartbeat in {tmp_path}/out.alive is " "older than 3 s"
+    )
     assert open(tmp_path / "in.state").read() == "12\tFailed\t<END>"
 
 
 def run_example(script, build, steps):
     environment = dict(os.environ, SOLVER_ARGS=f"--steps {steps}", PYTHON=sys.executable)
-    result = subprocess.run(["sh", script, build], capture_output=True, text=True, env=environment, timeout=120)
+    result = subprocess.run(
+        ["sh", script, build], capture_output=True, text=True, env=environment, timeout=120
+    )
     assert result.returncode == 0, result.stdout + result.stderr
-    return [line for line in result.stdout.splitlines() if "wall time" not in line and "directory" not in line]
+    return [
+        line for line in result.stdout.splitlines() if "wall time" not in line and "directory" not in line
+    ]
 
 
 def test_the_python_example_client_ends_the_exchange_like_the_cpp_one():
@@ -100,8 +109,12 @@ def test_the_torch_client_answers_with_its_model(tmp_path):
     exported = str(tmp_path / "controller.pt")
     subprocess.run([sys.executable, script, "--export", exported], check=True, timeout=120)
     process = solver(tmp_path, "--steps", "3")
-    client = subprocess.run([sys.executable, script, "--dir", str(tmp_path), "--model", exported,
-                             "--timeout-ms", "20000"], capture_output=True, text=True, timeout=120)
+    client = subprocess.run(
+        [sys.executable, script, "--dir", str(tmp_path), "--model", exported, "--timeout-ms", "20000"],
+        capture_output=True,
+        text=True,
+        timeout=120,
+    )
     out, err = process.communicate(timeout=30)
     assert process.returncode == 0 and client.returncode == 0, err + client.stderr
     # Step 1 answers the probe at 300 K: 4000 * 30 W/m^2, clamped to 60000.

@@ -68,7 +68,10 @@ def test_exchange_file_names(mode, advance, names):
     files.advance(advance)
     assert (files.in_file, files.out_file) == tuple("/exchange/" + n for n in names)
     assert (files.def_file, files.in_state_file, files.out_alive_file) == (
-        "/exchange/def.csv", "/exchange/in.state", "/exchange/out.alive")
+        "/exchange/def.csv",
+        "/exchange/in.state",
+        "/exchange/out.alive",
+    )
     files.reset()
     assert files.in_file.endswith(names[0].replace("3", "0"))
 

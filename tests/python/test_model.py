@@ -36,8 +36,14 @@ def test_an_entity_is_named_in_every_form(model, spec):
 
 @pytest.mark.parametrize(
     "path, value, chronology",
-    [("Speed", 1234.5, C.Current), ("Count", -3, C.Current), ("On", False, C.Current),
-     ("Label", "ünï text", C.Initial), ("Ratio", 0.5, C.Current), ("Geometry.Diameter", 7.25, C.Next)],
+    [
+        ("Speed", 1234.5, C.Current),
+        ("Count", -3, C.Current),
+        ("On", False, C.Current),
+        ("Label", "ünï text", C.Initial),
+        ("Ratio", 0.5, C.Current),
+        ("Geometry.Diameter", 7.25, C.Next),
+    ],
 )
 def test_values_round_trip_by_kind(model, path, value, chronology):
     model.set("P1", path, value, chronology, user=False)
@@ -61,16 +67,26 @@ def test_a_shortcut_writes_through_to_its_target(model):
         (lambda m: m.entity("Nope"), KeyError, "No Entity found with entityName='Nope'"),
         (lambda m: m.entity(ombrix.EntityID(9, 9)), KeyError, "No Entity found with entityID='9-9'"),
         (lambda m: m.entity(7), KeyError, "No Entity found with entity_i='7'"),
-        (lambda m: m.entity(("Pump", "P9")), KeyError,
-         "No Entity found with entityType='Pump' and entityName='P9' and entity_i='0'"),
+        (
+            lambda m: m.entity(("Pump", "P9")),
+            KeyError,
+            "No Entity found with entityType='Pump' and entityName='P9' and entity_i='0'",
+        ),
         (lambda m: m.get("P1", "Geometry.X"), KeyError, "Invalid path [3-17] of type Pump : Geometry.X"),
         (lambda m: m.set("P1", "Speed", "fast"), TypeError, "3-17:Speed takes a number, not str"),
         (lambda m: m.set("P1", "On", 1), TypeError, "3-17:On takes a bool, not int"),
         (lambda m: m.set("P1", "Count", 1.5, user=False), TypeError, "3-17:Count takes an int, not float"),
-        (lambda m: m.set("P1", "Count", 2**40, user=False), ValueError,
-         "3-17:Count is a 32-bit Int: 1099511627776 does not fit"),
-        (lambda m: m.entity([1]), TypeError, "an entity is named by an Entity, an EntityID, a position, a "
-                                             "(type, name) pair or a name, not list"),
+        (
+            lambda m: m.set("P1", "Count", 2**40, user=False),
+            ValueError,
+            "3-17:Count is a 32-bit Int: 1099511627776 does not fit",
+        ),
+        (
+            lambda m: m.entity([1]),
+            TypeError,
+            "an entity is named by an Entity, an EntityID, a position, a "
+            "(type, name) pair or a name, not list",
+        ),
     ],
 )
 def test_errors_carry_the_library_text(model, call, error, text):
@@ -85,7 +101,9 @@ def test_the_definition_written_reads_back_to_the_same_model(model, tmp_path):
     model.set("P1", "Label", "changed", C.Initial, user=False)
     model.write_definition(str(tmp_path / "again.csv"))
     again = ombrix.Model.read_definition(str(tmp_path / "again.csv"))
-    listing = lambda m: [(e.full_name, a.path, a.kind, a.unit, a.access) for e in m.entities for a in e.attributes]
+    listing = lambda m: [
+        (e.full_name, a.path, a.kind, a.unit, a.access) for e in m.entities for a in e.attributes
+    ]
     assert listing(again) == listing(model)
     assert again.get("P1", "Label", C.Initial) == "changed"
     with pytest.raises(OSError):

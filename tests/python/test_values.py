@@ -24,10 +24,16 @@ def test_a_data_file_reads_into_arrays_by_kind_with_each_values_place(definition
     data = ombrix.DataFile(client, {C.Initial, C.Current}, check_access=False)
     values = data.read(out_file)
     double = values.double
-    places = [(str(ombrix.EntityID(*i)), values.path_names[p], C(c)) for i, p, c in
-              zip(double.entity_ids.tolist(), double.paths, double.chronologies)]
-    assert places[:4] == [("1-1", "Results.Time", C.Initial), ("1-1", "Results.Time", C.Current),
-                          ("3-17", "Speed", C.Initial), ("3-17", "Speed", C.Current)]
+    places = [
+        (str(ombrix.EntityID(*i)), values.path_names[p], C(c))
+        for i, p, c in zip(double.entity_ids.tolist(), double.paths, double.chronologies)
+    ]
+    assert places[:4] == [
+        ("1-1", "Results.Time", C.Initial),
+        ("1-1", "Results.Time", C.Current),
+        ("3-17", "Speed", C.Initial),
+        ("3-17", "Speed", C.Current),
+    ]
     assert places[-2:] == [("5-17", "Load", C.Initial), ("5-17", "Load", C.Current)]
     assert double.values.dtype == np.float64 and double.values[3] == 1600.0
     assert double.entities.tolist() == [0, 0, 1, 1, 1, 1, 2, 2, 3, 3]
@@ -49,8 +55,9 @@ def test_arrays_changed_in_place_or_replaced_are_written(definition, out_file, t
     values.int.values = [7, 7, 7, 7]
     values.string.values = ["a", "b"]
     data.write(str(tmp_path / "in.csv"), values)
-    back = ombrix.DataFile(ombrix.Model.read_definition(definition), {C.Initial, C.Current},
-                           check_access=False).read(str(tmp_path / "in.csv"))
+    back = ombrix.DataFile(
+        ombrix.Model.read_definition(definition), {C.Initial, C.Current}, check_access=False
+    ).read(str(tmp_path / "in.csv"))
     assert back.double.values.tolist() == values.double.values.tolist()
     assert back.int.values.tolist() == [7, 7, 7, 7] and back.string.values == ["a", "b"]
 
@@ -68,8 +75,9 @@ def test_arrays_changed_in_place_or_replaced_are_written(definition, out_file, t
     ],
 )
 def test_bad_arrays_are_refused(definition, out_file, column, replacement, text):
-    values = ombrix.DataFile(ombrix.Model.read_definition(definition), {C.Initial, C.Current},
-                             check_access=False).read(out_file)
+    values = ombrix.DataFile(
+        ombrix.Model.read_definition(definition), {C.Initial, C.Current}, check_access=False
+    ).read(out_file)
     with pytest.raises(ValueError) as raised:
         getattr(values, column).values = replacement
     assert str(raised.value) == text
@@ -98,10 +106,17 @@ def test_a_view_reads_and_writes_its_slots(model):
     "items, error, text",
     [
         (["Nothing"], KeyError, "No entity has an attribute 'Nothing'"),
-        (["Load"], KeyError, "Attribute path 'Load' is ambiguous: entities 4-17, 5-17 have it; name it by "
-                             "an (entity, path) pair"),
-        ([("P1", "Label")], ValueError, "3-17:Label is of kind String: a View holds Int, Bool, Float and "
-                                        "Double values"),
+        (
+            ["Load"],
+            KeyError,
+            "Attribute path 'Load' is ambiguous: entities 4-17, 5-17 have it; name it by "
+            "an (entity, path) pair",
+        ),
+        (
+            [("P1", "Label")],
+            ValueError,
+            "3-17:Label is of kind String: a View holds Int, Bool, Float and " "Double values",
+        ),
         ([3.5], TypeError, "a View slot is an Attribute, an (entity, path) pair or a path, not float"),
     ],
 )
@@ -116,9 +131,12 @@ def test_a_view_refuses_what_it_cannot_hold(model, items, error, text):
     [
         (lambda v: v.set([1.0]), ValueError, "View.set takes 2 values in one dimension, not 1"),
         (lambda v: v.set(["a", "b"]), ValueError, "View.set takes numbers, not <U1"),
-        (lambda v: v.get(out=np.zeros(2, dtype=np.float32)), ValueError,
-         "View.get writes into a writable, contiguous float64 array of 2 values, not array([0., 0.], "
-         "dtype=float32)"),
+        (
+            lambda v: v.get(out=np.zeros(2, dtype=np.float32)),
+            ValueError,
+            "View.get writes into a writable, contiguous float64 array of 2 values, not array([0., 0.], "
+            "dtype=float32)",
+        ),
         (lambda v: v.set([1.0, 2.0]), ombrix.AccessError, "1-1:Results.Time: User has no write access"),
     ],
 )
