@@ -85,7 +85,7 @@ template <typename T> py::array_t<T> frozen(std::vector<T>&& data, std::vector<p
   if (shape.size() == 2)
     strides[0] = static_cast<py::ssize_t>(sizeof(T)) * shape[1];
   py::array_t<T> array(shape, strides, owned->data(), owner);
-  py::detail::array_proxy(array.ptr())->flags &= ~py::detail::npy_api::NPY_ARRAY_WRITEABLE_;
+  array.attr("setflags")("write"_a = false);
   return array;
 }
 
@@ -551,14 +551,28 @@ void bindValues(py::module_& module)
            "file: the solution-control rows first, then every entity's values. OSError when the file cannot "
            "be written.")
       .def_property_readonly(
-          "simulation_time", [](const DataFile& f) { return f.parser.getFileSimulationTime(); },
+          "simulation_time",
+          [](DataFile& f)
+          {
+            std::lock_guard lock(f.model->mutex);
+            return f.parser.getFileSimulationTime();
+          },
           "The simulation time of the last file read.")
       .def_property_readonly(
-          "end_requested", [](const DataFile& f) { return f.parser.isEndRequested(); },
+          "end_requested",
+          [](DataFile& f)
+          {
+            std::lock_guard lock(f.model->mutex);
+            return f.parser.isEndRequested();
+          },
           "Whether the last file read carried \"END\" in its iteration field.")
       .def_property(
           "iteration_word", [](const DataFile& f) { return f.parser.getIterationWord(); },
-          [](DataFile& f, const std::string& word) { f.parser.setIterationWord(word); },
+          [](DataFile& f, const std::string& word)
+          {
+            std::lock_guard lock(f.model->mutex);
+            f.parser.setIterationWord(word);
+          },
           "Written instead of the iteration: \"\" (the iteration), \"NOW\" or \"END\" (ask the solver to "
           "stop).")
       .def_property(
