@@ -46,6 +46,12 @@ def test_heartbeat_writer_and_checker(tmp_path):
     checker = ombrix.AliveFile(path, grace_period=30)
     writer.start()
     assert writer.running and checker.wait_for_alive(timeout_ms=2000) and checker.is_alive
+    # The writer's thread never needs the GIL: it goes on while Python computes without pause.
+    first = open(path).read()
+    deadline = time.monotonic() + 6
+    while open(path).read() in ("", first) and time.monotonic() < deadline:
+        sum(range(10000))
+    assert open(path).read() not in ("", first)
     with pytest.raises(ValueError, match="cannot change while the writer runs"):
         writer.interval = 5
     writer.stop()
