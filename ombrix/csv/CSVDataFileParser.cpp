@@ -473,6 +473,9 @@ struct CSVDataFileParser::Reader : RowErrors
   void apply()
   {
     const bool user = !parser.m_korvanSDK;
+    const bool record = parser.m_recordApplied;
+    if (record)
+      parser.m_applied.reserve(writes.size());
     for (const Write& w : writes)
     {
       try
@@ -481,6 +484,8 @@ struct CSVDataFileParser::Reader : RowErrors
           applyUser(w);
         else
           applyInternal(w);
+        if (record)
+          parser.m_applied.push_back({w.target, w.chronology});
       }
       catch (const std::exception& failure)
       {
@@ -535,6 +540,7 @@ std::pair<CSVFileParserBase::RowIterator, bool> CSVDataFileParser::readData(RowI
 {
   m_fileTime.reset();
   m_endRequested = false;
+  m_applied.clear();
   if (first == last)
     reportError("Missing column header", true);
   checkDataHeader(first);

@@ -9,6 +9,7 @@
 
 #include <optional>
 #include <set>
+#include <vector>
 
 namespace Ombrix::Model
 {
@@ -60,6 +61,24 @@ public:
   // Whether the last file read carried "END" in its iteration field.
   bool isEndRequested() const { return m_endRequested; }
 
+  // One value stored by a read: the value attribute written (a shortcut row gives its targets) and the
+  // chronology column it came from.
+  struct AppliedValue
+  {
+    Model::Attribute* attribute;
+    KorvanSDK::Chronology chronology;
+  };
+  // Off by default. When on, each read keeps the list of the values it stored, in file order (rows in
+  // order, each row's chronology columns ascending), so that a caller can take a large file's values in
+  // bulk without looking every row up again. Either call empties the list.
+  void setRecordAppliedValues(bool record)
+  {
+    m_recordApplied = record;
+    m_applied.clear();
+  }
+  // The values stored by the last read while recording was on; empty after a read that threw.
+  const std::vector<AppliedValue>& getAppliedValues() const { return m_applied; }
+
   // What the writer puts in the iteration field of the solution-control block: "" (the default) the
   // iteration itself; iterationNow or iterationEnd instead of it, for a client that does not track
   // iterations or that asks the solver to stop. Throws std::invalid_argument for any other text.
@@ -109,6 +128,8 @@ private:
   std::optional<CSVSimulationTime> m_fileTime;
   bool m_endRequested = false;
   std::string m_iterationWord;
+  bool m_recordApplied = false;
+  std::vector<AppliedValue> m_applied;
   mutable const Model::Attribute* m_wordTarget = nullptr; // the iteration attribute while it is written
 };
 

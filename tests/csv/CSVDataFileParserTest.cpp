@@ -280,6 +280,45 @@ TEST_F(CSVDataFileParserTest, ShortcutsWriteThroughToTheirTargets)
   EXPECT_EQ(at(solver, EntityID(3, 17), "Inlet Diameter").getDoubleValue(Chronology::Current, false), 0.75);
 }
 
+TEST_F(CSVDataFileParserTest, RecordsTheValuesItStoresInFileOrder)
+{
+  const std::string pump = "3-17,Pump,\"P1, \"\"main\"\"\",";
+  OmbrixTest::writeFile(inPath,
+                        framed("EntityID,EntityType,EntityName,AttributePath,InitialValue,CurrentValue,"
+                               "Unit\n" +
+                               sc + "Results.Iteration,12,12,\n" + pump + "On,,No,\n" + pump +
+                               "Both Diameters,0.5,0.75,m\n"));
+  CSVDataFileParser reader(solver, initialAndCurrent);
+  reader.setKorvanSDK(true);
+  reader.setRecordAppliedValues(true);
+  ASSERT_TRUE(reader.parseFile(inPath));
+  Attribute* iteration = &at(solver, EntityID(1, 1), "Results.Iteration");
+  Attribute* on = &at(solver, EntityID(3, 17), "On");
+  Attribute* diameter = &at(solver, EntityID(3, 17), "Geometry.Diameter");
+  Attribute* inlet = &at(solver, EntityID(3, 17), "Inlet Diameter");
+  std::vector<std::pair<Attribute*, Chronology>> applied;
+  for (const auto& value : reader.getAppliedValues())
+    applied.emplace_back(value.attribute, value.chronology);
+  EXPECT_EQ(applied, (std::vector<std::pair<Attribute*, Chronology>>{{iteration, Chronology::Initial},
+                                                                     {iteration, Chronology::Current},
+                                                                     {on, Chronology::Current},
+                                                                     {diameter, Chronology::Initial},
+                                                                     {diameter, Chronology::Current},
+                                                                     {inlet, Chronology::Initial},
+                                                                     {inlet, Chronology::Current}}));
+
+  OmbrixTest::writeFile(inPath,
+                        framed(header + sc + "Results.Iteration,12,\n" + pump + "Geometry.Diameter,1,cm\n"));
+  EXPECT_THROW_MSG(reader.parseFile(inPath), Ombrix::AttributeReadError,
+                   inPath + ", row 4: Invalid Unit expecting m but received cm for 3-17:Geometry.Diameter");
+  EXPECT_TRUE(reader.getAppliedValues().empty());
+  OmbrixTest::writeFile(inPath, framed(header + sc + "Results.Iteration,13,\n"));
+  ASSERT_TRUE(reader.parseFile(inPath));
+  EXPECT_EQ(reader.getAppliedValues().size(), 1u);
+  reader.setRecordAppliedValues(false);
+  EXPECT_TRUE(reader.getAppliedValues().empty());
+}
+
 TEST_F(CSVDataFileParserTest, BadRowsAreReportedWithFileAndRowAndNothingIsApplied)
 {
   struct Case
