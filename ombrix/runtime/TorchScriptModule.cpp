@@ -7,6 +7,7 @@
 
 // The only file that sees libtorch's headers: they are large, and keeping them here keeps the rest of
 // the runtime quick to build.
+#include <algorithm>
 #include <cstring>
 #include <sstream>
 #include <torch/script.h>
@@ -55,6 +56,11 @@ bool TorchScriptModule::available()
 TorchScriptModule::TorchScriptModule(std::span<const std::uint8_t> bytes)
     : AIRuntimeModule(AISystem::ModuleType::TorchScript), m_torch(std::make_unique<Torch>())
 {
+  // torch.jit.save writes a zip archive; anything else would only get libtorch's reader's confusion.
+  static constexpr std::uint8_t zip[4] = {'P', 'K', 3, 4};
+  if (bytes.size() < 4 || !std::equal(zip, zip + 4, bytes.begin()))
+    throw std::invalid_argument("TorchScript data: not a TorchScript archive (the zip archive that "
+                                "torch.jit.save writes)");
   try
   {
     std::istringstream in(std::string(bytes.begin(), bytes.end()));
