@@ -13,8 +13,8 @@ namespace Ombrix
 namespace
 {
 
-// A block of rows times a block of outputs is summed in registers; rows go through all layers in chunks
-// small enough for the values between layers to stay in the cache.
+// A block of rows times a block of outputs is summed in registers (the rows left over one by one); rows
+// go through all layers in chunks small enough for the values between layers to stay in the cache.
 constexpr std::size_t blockRows = 4;
 constexpr std::size_t blockOutputs = 8;
 constexpr std::size_t chunkRows = 64;
@@ -43,46 +43,57 @@ struct LayerView
   const double* biases;
 };
 
-// `rows` (a multiple of blockRows) rows of `x` (row stride `xStride`) through one layer into `y` (row
-// stride layer.stride). Each output is its bias plus the products in input order, never fused, so the
-// vector width the compiler chooses does not change a result.
-[[gnu::always_inline]] inline void denseLayer(const double* x, std::size_t xStride, std::size_t rows,
-                                              const LayerView& layer, double* y)
+// `rows` rows of `x` (row stride `xStride`) through one layer into `y` (row stride layer.stride), in
+// blocks of R rows. Each output is its bias plus the products in input order, never fused, so neither
+// the block nor the vector width the compiler chooses changes a result.
+template <std::size_t R>
+[[gnu::always_inline]] inline void denseBlock(const double* x, std::size_t xStride, const LayerView& layer,
+                                              double* y)
 {
-  for (std::size_t r0 = 0; r0 < rows; r0 += blockRows)
+  for (std::size_t o0 = 0; o0 < layer.stride; o0 += blockOutputs)
   {
-    for (std::size_t o0 = 0; o0 < layer.stride; o0 += blockOutputs)
+    double sum[R][blockOutputs];
+    for (std::size_t r = 0; r < R; ++r)
+      for (std::size_t o = 0; o < blockOutputs; ++o)
+        sum[r][o] = layer.biases[o0 + o];
+    for (std::size_t i = 0; i < layer.inputs; ++i)
     {
-      double sum[blockRows][blockOutputs];
-      for (std::size_t r = 0; r < blockRows; ++r)
+      const double* w = layer.weights + i * layer.stride + o0;
+      // Unrolled whole, so that the sums stay in registers.
+#pragma GCC unroll 8
+      for (std::size_t r = 0; r < R; ++r)
+      {
+        const double v = x[r * xStride + i];
+#pragma GCC unroll 8
         for (std::size_t o = 0; o < blockOutputs; ++o)
-          sum[r][o] = layer.biases[o0 + o];
-      for (std::size_t i = 0; i < layer.inputs; ++i)
-      {
-        const double* w = layer.weights + i * layer.stride + o0;
-        for (std::size_t r = 0; r < blockRows; ++r)
-        {
-          const double v = x[(r0 + r) * xStride + i];
-          for (std::size_t o = 0; o < blockOutputs; ++o)
-            sum[r][o] += v * w[o];
-        }
+          sum[r][o] += v * w[o];
       }
-      for (std::size_t r = 0; r < blockRows; ++r)
+    }
+    for (std::size_t r = 0; r < R; ++r)
+    {
+      double* row = y + r * layer.stride + o0;
+      if (layer.activation == Activation::Relu)
       {
-        double* row = y + (r0 + r) * layer.stride + o0;
-        if (layer.activation == Activation::Relu)
-        {
-          for (std::size_t o = 0; o < blockOutputs; ++o)
-            row[o] = sum[r][o] > 0 ? sum[r][o] : 0.0;
-        }
-        else
-        {
-          for (std::size_t o = 0; o < blockOutputs; ++o)
-            row[o] = activate(layer.activation, sum[r][o]);
-        }
+        for (std::size_t o = 0; o < blockOutputs; ++o)
+          row[o] = sum[r][o] > 0 ? sum[r][o] : 0.0;
+      }
+      else
+      {
+        for (std::size_t o = 0; o < blockOutputs; ++o)
+          row[o] = activate(layer.activation, sum[r][o]);
       }
     }
   }
+}
+
+[[gnu::always_inline]] inline void denseLayer(const double* x, std::size_t xStride, std::size_t rows,
+                                              const LayerView& layer, double* y)
+{
+  std::size_t r = 0;
+  for (; r + blockRows <= rows; r += blockRows)
+    denseBlock<blockRows>(x + r * xStride, xStride, layer, y + r * layer.stride);
+  for (; r < rows; ++r)
+    denseBlock<1>(x + r * xStride, xStride, layer, y + r * layer.stride);
 }
 
 using LayerFunction = void (*)(const double*, std::size_t, std::size_t, const LayerView&, double*);
@@ -126,7 +137,7 @@ NeuralNetworkModule::NeuralNetworkModule(DenseNetwork network)
 {
   if (m_network.layers().empty())
     throw std::invalid_argument("NeuralNetwork module: the network has no layer");
-  std::size_t widest = padded(m_network.inputCount(), 1);
+  std::size_t widest = 0;
   for (const DenseLayer& source : m_network.layers())
   {
     Layer layer;
@@ -169,22 +180,17 @@ void NeuralNetworkModule::do_compute(const double* in, std::size_t rows, std::si
   for (std::size_t first = 0; first < rows; first += chunkRows)
   {
     const std::size_t count = std::min(chunkRows, rows - first);
-    const std::size_t blocked = padded(count, blockRows);
-    // The chunk's inputs, with zero rows up to a whole block.
-    std::copy(in + first * inputs, in + (first + count) * inputs, m_a.begin());
-    std::fill(m_a.begin() + static_cast<std::ptrdiff_t>(count * inputs),
-              m_a.begin() + static_cast<std::ptrdiff_t>(blocked * inputs), 0.0);
-    const double* x = m_a.data();
+    const double* x = in + first * inputs;
     std::size_t xStride = inputs;
-    double* y = m_b.data();
+    double* y = m_a.data();
     for (const Layer& layer : m_layers)
     {
       const LayerView view{layer.inputs, layer.stride, layer.activation, layer.weights.data(),
                            layer.biases.data()};
-      layerFunction(x, xStride, blocked, view, y);
+      layerFunction(x, xStride, count, view, y);
       x = y;
       xStride = layer.stride;
-      y = (y == m_b.data()) ? m_a.data() : m_b.data();
+      y = (y == m_a.data()) ? m_b.data() : m_a.data();
     }
     for (std::size_t r = 0; r < count; ++r)
       std::copy(x + r * xStride, x + r * xStride + outputs, out + (first + r) * outputs);

@@ -44,7 +44,7 @@ private:
 
   DenseNetwork m_network;
   std::vector<Layer> m_layers;
-  std::vector<double> m_a; // the values between layers, kept between calls
+  std::vector<double> m_a; // the values between layers of a chunk of rows, kept between calls
   std::vector<double> m_b;
 };
 
