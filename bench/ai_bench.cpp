@@ -1,8 +1,8 @@
 // The AI runtime on a 4-64-64-1 network (ReLU, ReLU, identity): the cost of one functor's execute, and
 // the cost per functor of executing a batch of functors at once (AIRuntimeModuleCollection::
-// executeBatch), for the "NeuralNetwork" and "TorchScript" module types. With libtorch, libtorch's own
-// forward call on the same batch, already a tensor, is the reference; Compute shows the network alone,
-// without reading and writing attributes.
+// executeBatch), for the "NeuralNetwork" and "TorchScript" module types. With libtorch,
+// ai_bench_torch.cpp adds libtorch's own forward call on the same batch as the reference; Compute shows
+// the network alone, without reading and writing attributes.
 #include "ombrix/model/EntityCollection.h"
 #include "ombrix/model/ValueAttribute.h"
 #include "ombrix/runtime/AIRuntimeModuleCollection.h"
@@ -92,6 +92,9 @@ struct Setup
   std::vector<Ombrix::AIFunctor> functors;
 };
 
+} // namespace
+
+// Also used by ai_bench_torch.cpp.
 void perFunctor(benchmark::State& state, std::int64_t functors)
 {
   state.SetItemsProcessed(state.iterations() * functors);
@@ -99,6 +102,14 @@ void perFunctor(benchmark::State& state, std::int64_t functors)
       benchmark::Counter(static_cast<double>(functors),
                          benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
+
+std::vector<std::uint8_t> torchScriptArchive()
+{
+  return Ombrix::TorchScriptModule::fromNetwork(network());
+}
+
+namespace
+{
 
 void Execute(benchmark::State& state, AISystem::ModuleType type)
 {
@@ -129,21 +140,6 @@ void Compute(benchmark::State& state)
   perFunctor(state, state.range(0));
 }
 
-#if OMBRIX_WITH_TORCH
-void TorchForward(benchmark::State& state)
-{
-  const auto bytes = Ombrix::TorchScriptModule::fromNetwork(network());
-  std::istringstream archive(std::string(bytes.begin(), bytes.end()));
-  auto module = torch::jit::load(archive);
-  module.eval();
-  c10::InferenceMode inference;
-  const auto input = torch::full({state.range(0), 4}, 0.25, torch::kDouble);
-  for (auto _ : state)
-    benchmark::DoNotOptimize(module.forward({input}).toTensor().data_ptr<double>());
-  perFunctor(state, state.range(0));
-}
-#endif
-
 } // namespace
 
 BENCHMARK_CAPTURE(Execute, NeuralNetwork, AISystem::ModuleType::NeuralNetwork);
@@ -152,5 +148,4 @@ BENCHMARK(Compute)->Arg(batchSize);
 #if OMBRIX_WITH_TORCH
 BENCHMARK_CAPTURE(Execute, TorchScript, AISystem::ModuleType::TorchScript);
 BENCHMARK_CAPTURE(Batch, TorchScript, AISystem::ModuleType::TorchScript)->Arg(batchSize);
-BENCHMARK(TorchForward)->Arg(batchSize);
 #endif

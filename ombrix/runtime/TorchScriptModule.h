@@ -16,9 +16,12 @@
 #include <map>
 #include <memory>
 #include <span>
+#include <vector>
 
 namespace Ombrix
 {
+
+class TorchScriptEngine;
 
 class OMBRIX_AI_API TorchScriptModule : public AIRuntimeModule
 {
@@ -43,9 +46,9 @@ protected:
   void do_compute(const double* in, std::size_t rows, std::size_t inputs, double* out) override;
 
 private:
-  struct Torch;
-  std::unique_ptr<Torch> m_torch;
+  std::unique_ptr<TorchScriptEngine> m_engine;
   std::map<std::size_t, std::size_t> m_outputCounts; // inputs -> outputs, once checked
+  std::vector<double> m_result;                      // kept between calls
 };
 
 } // namespace Ombrix

@@ -61,7 +61,10 @@ TEST_F(TorchScriptModuleTest, RefusesWhatLibtorchCannotRun)
       TorchScriptModule(std::span(archive.data(), archive.size() / 2)), std::invalid_argument,
       "TorchScript data: libtorch cannot load it: PytorchStreamReader failed reading zip archive: failed "
       "finding central directory");
-  // A damaged archive is refused or, where only numbers changed, loaded: never a crash.
+#ifndef __SANITIZE_ADDRESS__
+  // A damaged archive is refused or, where only numbers changed, loaded: never a crash. (Some damage
+  // makes libtorch ask for tens of gigabytes, which malloc refuses with std::bad_alloc but
+  // AddressSanitizer treats as fatal.)
   for (std::size_t at = 4; at < archive.size(); at += 61)
   {
     auto damaged = archive;
@@ -74,6 +77,7 @@ TEST_F(TorchScriptModuleTest, RefusesWhatLibtorchCannotRun)
     {
     }
   }
+#endif
   TorchScriptModule module(TorchScriptModule::fromNetwork(network));
   EXPECT_THROW_MSG(module.outputCount(3), std::invalid_argument,
                    "cannot run on 3 inputs: mat1 and mat2 shapes cannot be multiplied (1x3 and 4x5)");
