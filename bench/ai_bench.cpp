@@ -16,11 +16,6 @@
 #include <string>
 #include <vector>
 
-#if OMBRIX_WITH_TORCH
-#include <sstream>
-#include <torch/script.h>
-#endif
-
 using namespace Ombrix::Model;
 using KorvanSDK::AccessType;
 using KorvanSDK::AttributeType;
