@@ -44,22 +44,22 @@ void TransformedModule::do_compute(const double* in, std::size_t rows, std::size
   const double* innerIn = in;
   if (!m_inputs.empty())
   {
-    m_in.resize(rows * inputs);
+    m_modelIn.resize(rows * inputs);
     for (std::size_t r = 0; r < rows; ++r)
       for (std::size_t i = 0; i < inputs; ++i)
-        m_in[r * inputs + i] = m_inputs[i].toModel(in[r * inputs + i]);
-    innerIn = m_in.data();
+        m_modelIn[r * inputs + i] = m_inputs[i].toModel(in[r * inputs + i]);
+    innerIn = m_modelIn.data();
   }
   if (m_outputs.empty())
   {
     m_inner->compute(innerIn, rows, inputs, out);
     return;
   }
-  m_out.resize(rows * outputs);
-  m_inner->compute(innerIn, rows, inputs, m_out.data());
+  m_modelOut.resize(rows * outputs);
+  m_inner->compute(innerIn, rows, inputs, m_modelOut.data());
   for (std::size_t r = 0; r < rows; ++r)
     for (std::size_t o = 0; o < outputs; ++o)
-      out[r * outputs + o] = m_outputs[o].fromModel(m_out[r * outputs + o]);
+      out[r * outputs + o] = m_outputs[o].fromModel(m_modelOut[r * outputs + o]);
 }
 
 } // namespace Ombrix

@@ -37,8 +37,8 @@ private:
   std::vector<Transformation> m_inputs;
   std::vector<Transformation> m_outputs;
   std::unique_ptr<AIRuntimeModule> m_inner;
-  std::vector<double> m_in; // the transformed inputs, kept between calls
-  std::vector<double> m_out;
+  std::vector<double> m_modelIn; // values on the wrapped module's scale, kept between calls
+  std::vector<double> m_modelOut;
 };
 
 } // namespace Ombrix
