@@ -1,11 +1,13 @@
 // libFuzzer target for the readers of the AI runtime's own formats. Any bytes are either refused with
 // std::invalid_argument, or read into a network that writes back to exactly the same bytes (the
 // format has one encoding per network), reads again to the same network, and evaluates a row. The
-// same bytes go to the "Transformed" builder, whose data nests a module definition. The body is
+// same bytes go to the "Transformed" builder, whose data nests a module definition (unless it nests a
+// TorchScript archive, which only libtorch reads). The body is
 // neuralNetworkFuzzOne, which the corpus replay calls as well.
 #include "ombrix/runtime/AIModuleBuilder.h"
 #include "ombrix/runtime/NeuralNetworkFormat.h"
 #include "ombrix/runtime/NeuralNetworkModule.h"
+#include "ombrix/runtime/TransformedFormat.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -22,6 +24,24 @@ namespace
   std::abort();
 }
 
+// Whether Transformed data wraps a TorchScript module, at any depth: libtorch's archive reader is
+// libtorch's to fuzz, not this target's.
+bool wrapsTorchScript(std::span<const std::uint8_t> bytes, int depth = 0)
+{
+  try
+  {
+    const auto content = Ombrix::TransformedFormat::read(bytes);
+    if (content.innerType == AISystem::ModuleType::TorchScript)
+      return true;
+    return content.innerType == AISystem::ModuleType::Transformed &&
+           depth < Ombrix::AIModuleBuilder::maximumNesting && wrapsTorchScript(content.innerData, depth + 1);
+  }
+  catch (const std::invalid_argument&)
+  {
+    return false;
+  }
+}
+
 } // namespace
 
 int neuralNetworkFuzzOne(const std::uint8_t* data, std::size_t size)
@@ -29,7 +49,8 @@ int neuralNetworkFuzzOne(const std::uint8_t* data, std::size_t size)
   const std::span<const std::uint8_t> bytes(data, size);
   try
   {
-    Ombrix::AIModuleBuilder::build(AISystem::ModuleType::Transformed, bytes);
+    if (!wrapsTorchScript(bytes))
+      Ombrix::AIModuleBuilder::build(AISystem::ModuleType::Transformed, bytes);
   }
   catch (const std::invalid_argument&)
   {
