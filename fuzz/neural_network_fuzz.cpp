@@ -2,8 +2,8 @@
 // std::invalid_argument, or read into a network that writes back to exactly the same bytes (the
 // format has one encoding per network), reads again to the same network, and evaluates a row. The
 // same bytes go to the "Transformed" builder, whose data nests a module definition (unless it nests a
-// TorchScript archive, which only libtorch reads). The body is
-// neuralNetworkFuzzOne, which the corpus replay calls as well.
+// TorchScript archive, which only libtorch reads). The body is neuralNetworkFuzzOne, which the corpus
+// replay calls as well.
 #include "ombrix/runtime/AIModuleBuilder.h"
 #include "ombrix/runtime/NeuralNetworkFormat.h"
 #include "ombrix/runtime/NeuralNetworkModule.h"
