@@ -45,9 +45,10 @@ std::unique_ptr<AIRuntimeModule> AIModuleBuilder::build(AISystem::ModuleType typ
         "module type " + std::to_string(static_cast<std::int32_t>(type)) +
         " is unknown (Trivial 1, NeuralNetwork 3, TorchScript 16, ONNX 32, Python 48, "
         "Transformed 4096)");
+  if (type == ModuleType::TorchScript && !TorchScriptModule::available())
+    throw std::invalid_argument(TorchScriptModule::unavailableReason());
   if (!hasRuntime(type))
-    throw std::invalid_argument("this build has no runtime for module type \"" + name + "\"" +
-                                (type == ModuleType::TorchScript ? " (built without libtorch)" : ""));
+    throw std::invalid_argument("this build has no runtime for module type \"" + name + "\"");
   switch (type)
   {
   case ModuleType::Trivial:

@@ -37,74 +37,83 @@ torch::Tensor toTensor(const double* values, std::vector<std::int64_t> shape)
   return torch::from_blob(const_cast<double*>(values), {count}, torch::kDouble).reshape(shape).clone();
 }
 
-} // namespace
-
-struct TorchScriptEngine::Torch
+class Engine : public TorchScriptEngine
 {
-  torch::jit::Module module;
-  torch::Dtype dtype = torch::kDouble;
-};
-
-TorchScriptEngine::TorchScriptEngine(const std::uint8_t* bytes, std::size_t size)
-    : m_torch(std::make_unique<Torch>())
-{
-  try
+public:
+  Engine(const std::uint8_t* bytes, std::size_t size)
   {
-    std::istringstream in(std::string(reinterpret_cast<const char*>(bytes), size));
-    m_torch->module = torch::jit::load(in, torch::kCPU);
-  }
-  catch (const std::exception& error)
-  {
-    throw std::invalid_argument("libtorch cannot load it: " + reason(error));
-  }
-  if (!m_torch->module.find_method("forward"))
-    throw std::invalid_argument("the module has no forward method");
-  m_torch->module.eval();
-  for (const auto& parameter : m_torch->module.parameters())
-  {
-    if (parameter.is_floating_point())
+    try
     {
-      m_torch->dtype = parameter.scalar_type();
-      break;
+      std::istringstream in(std::string(reinterpret_cast<const char*>(bytes), size));
+      m_module = torch::jit::load(in, torch::kCPU);
+    }
+    catch (const std::exception& error)
+    {
+      throw std::invalid_argument("libtorch cannot load it: " + reason(error));
+    }
+    if (!m_module.find_method("forward"))
+      throw std::invalid_argument("the module has no forward method");
+    m_module.eval();
+    for (const auto& parameter : m_module.parameters())
+    {
+      if (parameter.is_floating_point())
+      {
+        m_dtype = parameter.scalar_type();
+        break;
+      }
     }
   }
+
+  std::vector<std::int64_t> forward(const double* in, std::size_t rows, std::size_t inputs,
+                                    std::vector<double>& out) override
+  {
+    torch::Tensor result;
+    try
+    {
+      c10::InferenceMode inference;
+      auto input = torch::from_blob(const_cast<double*>(in),
+                                    {static_cast<std::int64_t>(rows), static_cast<std::int64_t>(inputs)},
+                                    torch::kDouble);
+      if (m_dtype != torch::kDouble)
+        input = input.to(m_dtype);
+      const auto value = m_module.forward({input});
+      if (!value.isTensor())
+        throw std::runtime_error("returns a " + value.tagKind() + ", expected a tensor");
+      result = value.toTensor().to(torch::kDouble).contiguous();
+    }
+    catch (const std::exception& error)
+    {
+      throw std::runtime_error(reason(error));
+    }
+    out.resize(static_cast<std::size_t>(result.numel()));
+    std::copy_n(result.data_ptr<double>(), out.size(), out.begin());
+    return result.sizes().vec();
+  }
+
+private:
+  torch::jit::Module m_module;
+  torch::Dtype m_dtype = torch::kDouble;
+};
+
+} // namespace
+} // namespace Ombrix
+
+extern "C" [[gnu::visibility("default")]] Ombrix::TorchScriptEngine*
+ombrixTorchScriptLoad(const std::uint8_t* bytes, std::size_t size)
+{
+  return new Ombrix::Engine(bytes, size);
 }
 
-TorchScriptEngine::~TorchScriptEngine() = default;
-
-std::vector<std::int64_t> TorchScriptEngine::forward(const double* in, std::size_t rows, std::size_t inputs,
-                                                     std::vector<double>& out)
+extern "C" [[gnu::visibility("default")]] void
+ombrixTorchScriptFromLayers(const Ombrix::TorchScriptEngine::Layer* layers, std::size_t count,
+                            std::vector<std::uint8_t>* archive)
 {
-  torch::Tensor result;
-  try
-  {
-    c10::InferenceMode inference;
-    auto input = torch::from_blob(const_cast<double*>(in),
-                                  {static_cast<std::int64_t>(rows), static_cast<std::int64_t>(inputs)},
-                                  torch::kDouble);
-    if (m_torch->dtype != torch::kDouble)
-      input = input.to(m_torch->dtype);
-    const auto value = m_torch->module.forward({input});
-    if (!value.isTensor())
-      throw std::runtime_error("returns a " + value.tagKind() + ", expected a tensor");
-    result = value.toTensor().to(torch::kDouble).contiguous();
-  }
-  catch (const std::exception& error)
-  {
-    throw std::runtime_error(reason(error));
-  }
-  out.resize(static_cast<std::size_t>(result.numel()));
-  std::copy_n(result.data_ptr<double>(), out.size(), out.begin());
-  return result.sizes().vec();
-}
-
-std::vector<std::uint8_t> TorchScriptEngine::fromLayers(const std::vector<Layer>& layers)
-{
+  using namespace Ombrix;
   torch::jit::Module module("OmbrixDenseNetwork");
   std::string source = "def forward(self, x):\n";
-  for (std::size_t l = 0; l < layers.size(); ++l)
+  for (std::size_t l = 0; l < count; ++l)
   {
-    const Layer& layer = layers[l];
+    const TorchScriptEngine::Layer& layer = layers[l];
     const std::string index = std::to_string(l);
     const auto outputs = static_cast<std::int64_t>(layer.outputs);
     module.register_parameter(
@@ -120,7 +129,5 @@ std::vector<std::uint8_t> TorchScriptEngine::fromLayers(const std::vector<Layer>
   std::ostringstream out;
   module.save(out);
   const std::string bytes = out.str();
-  return std::vector<std::uint8_t>(bytes.begin(), bytes.end());
+  archive->assign(bytes.begin(), bytes.end());
 }
-
-} // namespace Ombrix

@@ -8,6 +8,7 @@
 #include "ombrix/runtime/TorchScriptEngine.h"
 
 #include <algorithm>
+#include <dlfcn.h>
 
 namespace Ombrix
 {
@@ -22,11 +23,56 @@ std::string shapeText(const std::vector<std::int64_t>& shape)
   return text + "]";
 }
 
+// The libtorch plugin, loaded from beside this library on first use and kept for the process.
+struct Plugin
+{
+  OmbrixTorchScriptLoad load = nullptr;
+  OmbrixTorchScriptFromLayers fromLayers = nullptr;
+  std::string error; // why it could not be loaded
+};
+
+const Plugin& plugin()
+{
+  static const Plugin loaded = []
+  {
+    Plugin result;
+    Dl_info self{};
+    std::string path = OMBRIX_TORCH_PLUGIN;
+    if (dladdr(reinterpret_cast<void*>(&plugin), &self) && self.dli_fname)
+    {
+      const std::string library = self.dli_fname;
+      if (const auto slash = library.rfind('/'); slash != std::string::npos)
+        path = library.substr(0, slash + 1) + path;
+    }
+    void* handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle)
+    {
+      result.load = reinterpret_cast<OmbrixTorchScriptLoad>(dlsym(handle, "ombrixTorchScriptLoad"));
+      result.fromLayers =
+          reinterpret_cast<OmbrixTorchScriptFromLayers>(dlsym(handle, "ombrixTorchScriptFromLayers"));
+    }
+    if (!result.load || !result.fromLayers)
+    {
+      const char* reason = dlerror();
+      result.load = nullptr;
+      result.error = std::string("its libtorch plugin cannot be loaded: ") +
+                     (reason ? reason : path + " lacks its entry points");
+    }
+    return result;
+  }();
+  return loaded;
+}
+
+std::string missing()
+{
+  return "this build has no runtime for module type \"TorchScript\" (" + plugin().error + ")";
+}
+
 } // namespace
 
 bool TorchScriptModule::available()
 {
-  return true;
+  return plugin().load != nullptr;
 }
 
 TorchScriptModule::TorchScriptModule(std::span<const std::uint8_t> bytes)
@@ -37,9 +83,11 @@ TorchScriptModule::TorchScriptModule(std::span<const std::uint8_t> bytes)
   if (bytes.size() < 4 || !std::equal(zip, zip + 4, bytes.begin()))
     throw std::invalid_argument("TorchScript data: not a TorchScript archive (the zip archive that "
                                 "torch.jit.save writes)");
+  if (!available())
+    throw std::invalid_argument(missing());
   try
   {
-    m_engine = std::make_unique<TorchScriptEngine>(bytes.data(), bytes.size());
+    m_engine.reset(plugin().load(bytes.data(), bytes.size()));
   }
   catch (const std::invalid_argument& error)
   {
@@ -48,6 +96,11 @@ TorchScriptModule::TorchScriptModule(std::span<const std::uint8_t> bytes)
 }
 
 TorchScriptModule::~TorchScriptModule() = default;
+
+std::string TorchScriptModule::unavailableReason()
+{
+  return available() ? std::string() : missing();
+}
 
 std::size_t TorchScriptModule::do_outputCount(std::size_t inputs)
 {
@@ -102,11 +155,15 @@ Utilities::bytearray TorchScriptModule::fromNetwork(const DenseNetwork& network)
 {
   if (network.layers().empty())
     throw std::invalid_argument("TorchScript: a network without layers cannot be converted");
+  if (!available())
+    throw std::invalid_argument(missing());
   std::vector<TorchScriptEngine::Layer> layers;
   for (const DenseLayer& layer : network.layers())
     layers.push_back({layer.inputs, layer.outputs, static_cast<std::uint32_t>(layer.activation),
                       layer.weights.data(), layer.biases.data()});
-  return TorchScriptEngine::fromLayers(layers);
+  Utilities::bytearray archive;
+  plugin().fromLayers(layers.data(), layers.size(), &archive);
+  return archive;
 }
 
 } // namespace Ombrix
@@ -118,8 +175,10 @@ namespace Ombrix
 namespace
 {
 
-const char* const missing =
-    "this build has no runtime for module type \"TorchScript\" (built without libtorch)";
+std::string missing()
+{
+  return "this build has no runtime for module type \"TorchScript\" (built without libtorch)";
+}
 
 } // namespace
 
@@ -135,24 +194,29 @@ bool TorchScriptModule::available()
 TorchScriptModule::TorchScriptModule(std::span<const std::uint8_t>)
     : AIRuntimeModule(AISystem::ModuleType::TorchScript)
 {
-  throw std::invalid_argument(missing);
+  throw std::invalid_argument(missing());
 }
 
 TorchScriptModule::~TorchScriptModule() = default;
 
+std::string TorchScriptModule::unavailableReason()
+{
+  return available() ? std::string() : missing();
+}
+
 std::size_t TorchScriptModule::do_outputCount(std::size_t)
 {
-  throw std::invalid_argument(missing);
+  throw std::invalid_argument(missing());
 }
 
 void TorchScriptModule::do_compute(const double*, std::size_t, std::size_t, double*)
 {
-  throw std::runtime_error(missing);
+  throw std::runtime_error(missing());
 }
 
 Utilities::bytearray TorchScriptModule::fromNetwork(const DenseNetwork&)
 {
-  throw std::invalid_argument(missing);
+  throw std::invalid_argument(missing());
 }
 
 } // namespace Ombrix

@@ -4,7 +4,8 @@
 // floating-point parameter (double when it has none) and the results read back as double. How many
 // outputs a number of inputs gives is found once, when the first functor with that many inputs is
 // checked, by running the module on a row of zeros. Available when the library was built with libtorch
-// (OMBRIX_WITH_TORCH); libtorch may use several threads of its own. One thread at a time.
+// (OMBRIX_WITH_TORCH), whose plugin it loads when the first module is built (TorchScriptEngine.h);
+// libtorch may use several threads of its own. One thread at a time.
 #pragma once
 
 #include "ombrix/OmbrixAIExport.h"
@@ -16,6 +17,7 @@
 #include <map>
 #include <memory>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace Ombrix
@@ -26,8 +28,11 @@ class TorchScriptEngine;
 class OMBRIX_AI_API TorchScriptModule : public AIRuntimeModule
 {
 public:
-  // Whether this build has libtorch; without it the constructor and fromNetwork throw.
+  // Whether this build has libtorch and its plugin (libOmbrixAITorch, beside this library) loads:
+  // loaded on the first call, not before. Without it the constructor and fromNetwork throw.
   static bool available();
+  // "" when available, otherwise "this build has no runtime for module type "TorchScript" (<why>)".
+  static std::string unavailableReason();
 
   // Throws std::invalid_argument "TorchScript data: <libtorch's reason>" when libtorch cannot load the
   // bytes or the module has no forward method.
