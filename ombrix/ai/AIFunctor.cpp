@@ -19,6 +19,28 @@ AIFunctor::AIFunctor(const std::string& name, Model::Entity* owner, const Refere
 
 AIFunctor::~AIFunctor() = default;
 
+namespace
+{
+
+// Runs a call into the module; what it throws comes back as "Error in AI Model : <name> - <what>".
+template <typename Call> decltype(auto) callModule(const std::string& name, Call&& call)
+{
+  try
+  {
+    return call();
+  }
+  catch (const std::exception& error)
+  {
+    throw std::runtime_error("Error in AI Model : " + name + " - " + error.what());
+  }
+  catch (...)
+  {
+    throw std::runtime_error("Error in AI Model : " + name + " - Unknown Error");
+  }
+}
+
+} // namespace
+
 void AIFunctor::initialize(AISystem::AIModuleCollection& modules, Model::EntityCollection& entities,
                            bool moduleFlag, bool outputsOnly)
 {
@@ -29,13 +51,42 @@ void AIFunctor::initialize(AISystem::AIModuleCollection& modules, Model::EntityC
   {
     m_model.reattach(modules);
     if (m_model)
-      m_model->initialise(moduleFlag);
+    {
+      try
+      {
+        callModule(m_name, [&] { m_model->initialise(moduleFlag); });
+      }
+      catch (...)
+      {
+        m_model.clear();
+        throw;
+      }
+    }
     for (auto& input : m_inputs)
       input.reattach(entities);
   }
   for (auto& output : m_outputs)
     output.reattach(entities);
+  if (!outputsOnly && m_model)
+  {
+    try
+    {
+      callModule(m_name, [&] { m_model->checkReferences(m_name, owner(), m_inputs, m_outputs); });
+    }
+    catch (...)
+    {
+      // The module was initialised for this functor: give it back before refusing.
+      m_model->terminate();
+      m_model.clear();
+      throw;
+    }
+  }
   m_initialized = true;
+}
+
+Model::Entity* AIFunctor::owner()
+{
+  return dynamic_cast<Model::Entity*>(m_owner.get());
 }
 
 std::vector<Model::EntityError> AIFunctor::execute()
@@ -47,19 +98,7 @@ std::vector<Model::EntityError> AIFunctor::execute(const References& inputs, Ref
 {
   if (!m_model)
     throw std::runtime_error("Error in AI Model : " + m_name + " No Model");
-  auto* owner = dynamic_cast<Model::Entity*>(m_owner.get());
-  try
-  {
-    return m_model->execute(m_name, owner, inputs, outputs);
-  }
-  catch (const std::exception& error)
-  {
-    throw std::runtime_error("Error in AI Model : " + m_name + " - " + error.what());
-  }
-  catch (...)
-  {
-    throw std::runtime_error("Error in AI Model : " + m_name + " - Unknown Error");
-  }
+  return callModule(m_name, [&] { return m_model->execute(m_name, owner(), inputs, outputs); });
 }
 
 void AIFunctor::terminate()

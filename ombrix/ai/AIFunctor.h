@@ -44,8 +44,11 @@ public:
 
   // Once per lifecycle (a second call before terminate does nothing): re-attaches the owner to
   // `entities`; unless `outputsOnly`, re-attaches the module in `modules`, initialises it with
-  // `moduleFlag` when found, and re-attaches the inputs; then re-attaches the outputs. References that
-  // do not resolve stay empty (see AttributeReference::lastError); nothing is thrown here.
+  // `moduleFlag` when found, and re-attaches the inputs; then re-attaches the outputs and, with a
+  // module, lets it check the references (AIModule::checkReferences). References that do not resolve
+  // stay empty (see AttributeReference::lastError). Throws only when the module's initialise or check
+  // throws: std::runtime_error "Error in AI Model : <name> - <what>", the functor then stays
+  // uninitialised without module (a module whose check failed is terminated first).
   void initialize(AISystem::AIModuleCollection& modules, Model::EntityCollection& entities, bool moduleFlag,
                   bool outputsOnly);
   // Runs the module on the functor's inputs and outputs and returns the problems it reports per
@@ -69,6 +72,8 @@ protected:
   std::vector<Model::EntityError> execute(const References& inputs, References& outputs);
 
 private:
+  Model::Entity* owner();
+
   bool m_initialized = false;
   Model::AttributeReference<Model::Attribute> m_owner;
   std::string m_name;

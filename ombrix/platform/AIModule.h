@@ -36,6 +36,13 @@ public:
                                                           const References& inputs, References& outputs) = 0;
   // Releases what initialise prepared; the module may be initialised again afterwards.
   virtual void terminate() = 0;
+  // Called by Ombrix::AIFunctor::initialize after initialise, once the functor's references are
+  // re-attached, so that a module can refuse references that do not fit it before the first execute
+  // rather than at it. Throws to refuse; the default accepts anything.
+  virtual void checkReferences(const std::string& /*name*/, Ombrix::Model::Entity* /*owner*/,
+                               const References& /*inputs*/, const References& /*outputs*/)
+  {
+  }
 };
 
 } // namespace AISystem

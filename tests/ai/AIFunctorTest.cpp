@@ -9,6 +9,7 @@
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
+#include <tuple>
 
 namespace
 {
@@ -63,13 +64,37 @@ TEST_F(AIFunctorTest, LifecycleCallsTheModuleInOrder)
   functor.terminate();
   EXPECT_FALSE(functor.isInitialized());
   functor.terminate(); // twice: does not reach the module again
-  EXPECT_EQ(modules.calls,
-            (Calls{"find 0", "initialise true", "execute F owner N inputs 2 outputs 1", "terminate"}));
+  EXPECT_EQ(modules.calls, (Calls{"find 0", "initialise true", "check F inputs 2 outputs 1",
+                                  "execute F owner N inputs 2 outputs 1", "terminate"}));
   EXPECT_THROW_MSG(functor.execute(), std::runtime_error, "Error in AI Model : F No Model");
   // After terminate the functor can be initialised again.
   functor.initialize(modules, entities, false, false);
   EXPECT_EQ(functor.execute().size(), 1u);
-  EXPECT_EQ(modules.calls.at(5), "initialise false");
+  EXPECT_EQ(modules.calls.at(6), "initialise false");
+}
+
+TEST_F(AIFunctorTest, ModuleRefusingToStartLeavesTheFunctorUninitialised)
+{
+  RecordingModule& module = modules.add(0);
+  const std::tuple<RecordingModule::Refusal, const char*, std::vector<std::string>> cases[] = {
+      {RecordingModule::Refusal::Initialise,
+       "Error in AI Model : F - cannot load",
+       {"find 0", "initialise true"}},
+      {RecordingModule::Refusal::Check,
+       "Error in AI Model : F - does not fit",
+       {"find 0", "initialise true", "check F inputs 2 outputs 1", "terminate"}},
+  };
+  for (const auto& [refusal, message, calls] : cases)
+  {
+    SCOPED_TRACE(message);
+    module.refuse = refusal;
+    modules.calls.clear();
+    AIFunctor functor = makeFunctor();
+    EXPECT_THROW_MSG(functor.initialize(modules, entities, true, false), std::runtime_error, message);
+    EXPECT_EQ(modules.calls, calls);
+    EXPECT_FALSE(functor.isInitialized());
+    EXPECT_THROW_MSG(functor.execute(), std::runtime_error, "Error in AI Model : F No Model");
+  }
 }
 
 TEST_F(AIFunctorTest, ExecutionFailuresCarryTheFunctorName)

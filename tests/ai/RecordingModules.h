@@ -30,6 +30,17 @@ public:
   void initialise(bool flag) override
   {
     m_calls.push_back(std::string("initialise ") + (flag ? "true" : "false"));
+    if (refuse == Refusal::Initialise)
+      throw std::runtime_error("cannot load");
+  }
+
+  void checkReferences(const std::string& name, Ombrix::Model::Entity*, const References& inputs,
+                       const References& outputs) override
+  {
+    m_calls.push_back("check " + name + " inputs " + std::to_string(inputs.size()) + " outputs " +
+                      std::to_string(outputs.size()));
+    if (refuse == Refusal::Check)
+      throw std::invalid_argument("does not fit");
   }
 
   // Writes the sum of the resolved inputs to every resolved output and reports one entity error.
@@ -59,7 +70,15 @@ public:
 
   void terminate() override { m_calls.push_back("terminate"); }
 
+  enum class Refusal
+  {
+    None,
+    Initialise, // initialise throws std::runtime_error("cannot load")
+    Check,      // checkReferences throws std::invalid_argument("does not fit")
+  };
+
   Failure failure = Failure::None;
+  Refusal refuse = Refusal::None;
 
 private:
   std::vector<std::string>& m_calls;
