@@ -4,6 +4,7 @@
 #include "ombrix/model/Attribute.h"
 #include "ombrix/model/AttributePath.h"
 #include "ombrix/model/EntityID.h"
+#include "ombrix/platform/ClassicCLocaleScope.h"
 
 #include <cstdint>
 #include <string>
@@ -24,6 +25,8 @@ void LogManager::recordAttributeSetValue(Model::Attribute* attribute, KorvanSDK:
     return;
 
   const auto [entityID, attributePath] = attribute->getEntityIDAndAttributePath();
+  // The value's text in the classic form too, whatever C locale the host's global locale set.
+  const FileSystem::ClassicCLocaleScope classicNumbers;
   const std::string value = attribute->getStringValue(chronology, false);
 
   std::string joinedPath;

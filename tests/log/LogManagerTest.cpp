@@ -259,14 +259,19 @@ TEST_F(LogManagerTest, TimeStampsIgnoreTheGlobalLocale)
 
 TEST_F(LogManagerTest, NumbersIgnoreANamedGlobalLocale)
 {
-  logManager().initialize(logPath, LogLevel::Message);
+  logManager().initialize(logPath, LogLevel::Informational);
+  Model::ValueAttribute<double> value("Value", KorvanSDK::AccessType::ReadWrite, nullptr);
+  value.set(2.5);
   {
     const OmbrixTest::GroupingLocale grouping;
     if (!grouping.named())
       GTEST_SKIP() << "no named locale that groups digits is installed (.ci/run makes de_DE.UTF-8)";
     logManager().addToLog(LogLevel::Message, "%.1f %g", 2.5, 0.25);
+    logManager().recordAttributeSetValue(&value, KorvanSDK::Chronology::Current);
   }
   EXPECT_EQ(withoutStamp(lines().at(1)), "\tMessage\t\t2.5 0.25");
+  EXPECT_EQ(withoutStamp(lines().at(2)),
+            "\tInformational\t\tAttribute '0-0:Value:Current ,[3]' set to '2.500000'");
 }
 
 TEST_F(LogManagerTest, UnknownChronologyFailsAtEveryLevel)
