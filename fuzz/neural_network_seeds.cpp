@@ -4,6 +4,7 @@
 #include "ombrix/runtime/TransformedFormat.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -29,6 +30,7 @@ int main(int argc, char** argv)
   using Ombrix::Activation;
   using Ombrix::DenseLayer;
   const std::string directory = argv[1];
+  std::filesystem::create_directories(directory);
   const Ombrix::DenseNetwork single({DenseLayer{1, 1, Activation::Identity, {2.0}, {0.5}}});
   const Ombrix::DenseNetwork layered(
       {DenseLayer{2, 3, Activation::Relu, {1, -1, 0.5, 2, -0.25, 0}, {0, 1, -1}},

@@ -8,13 +8,11 @@ import pytest
 import ombrix
 
 ROWS = [
-    "1-1,Solution Control,Solution Control,ReadWrite,,Entity,,,",
     "1-1,Solution Control,Solution Control,ReadOnly,Results,Composite,,,",
     "1-1,Solution Control,Solution Control,ReadOnly,Results.Iteration,Int,0,0,",
     "1-1,Solution Control,Solution Control,ReadOnly,Results.Time,Double,0.000000,0.000000,s",
     "1-1,Solution Control,Solution Control,ReadOnly,Transient,Composite,,,",
     "1-1,Solution Control,Solution Control,ReadOnly,Transient.Time Varying,Bool,Yes,Yes,",
-    "3-17,Pump,P1,ReadWrite,,Entity,,,",
     "3-17,Pump,P1,ReadWrite,Speed,Double,1450.000000,1500.000000,rpm",
     "3-17,Pump,P1,WriteOnly,Count,Int,3,3,",
     "3-17,Pump,P1,ReadWrite,On,Bool,Yes,Yes,",
@@ -24,9 +22,7 @@ ROWS = [
     "3-17,Pump,P1,ReadWrite,Geometry.Diameter,Double,0.300000,0.300000,m",
     "3-17,Pump,P1,ReadWrite,Size,Shortcut,Geometry.Diameter,,",
     "3-17,Pump,P1,ReadWrite,Servers,List,R|Owns:4-17|Owns:5-17,,",
-    "4-17,Server,S4,ReadWrite,,Entity,,,",
     "4-17,Server,S4,ReadWrite,Load,Double,4.000000,4.000000,W",
-    "5-17,Server,S5,ReadWrite,,Entity,,,",
     "5-17,Server,S5,ReadWrite,Load,Double,5.000000,5.000000,W",
 ]
 HEADER = "EntityID,EntityType,EntityName,Access,AttributePath,Type,InitialValue,CurrentValue,Unit"
