@@ -3,9 +3,11 @@
 #pragma once
 
 #include "ombrix/model/EntityCollection.h"
+#include "ombrix/sdk/Chronology.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -26,6 +28,24 @@ void writeFile(const std::string& path, std::string_view data);
 inline std::string_view asText(const std::uint8_t* data, std::size_t size)
 {
   return {reinterpret_cast<const char*>(data), size};
+}
+
+// Removes the first byte of a non-empty input and returns it: the flags a target reads its settings from.
+inline unsigned takeFlags(std::string_view& input)
+{
+  const auto flags = static_cast<unsigned char>(input.front());
+  input.remove_prefix(1);
+  return flags;
+}
+
+// The chronologies of bits 2 to 6 of a CSV target's flags (bit 2 Initial ... bit 6 Next).
+inline std::set<KorvanSDK::Chronology> chronologiesOf(unsigned flags)
+{
+  std::set<KorvanSDK::Chronology> chronologies;
+  for (int c = 0; c < 5; ++c)
+    if (flags & (4u << c))
+      chronologies.insert(static_cast<KorvanSDK::Chronology>(c));
+  return chronologies;
 }
 
 // Prints `what` and aborts: the fuzzer (or the replay) then reports the input that broke the property.

@@ -49,12 +49,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (text.empty())
     return 0;
   // First byte: full entity names, ignoring unknown rows, and the value columns (at least one).
-  const auto flags = static_cast<unsigned char>(text.front());
-  text.remove_prefix(1);
-  CSVDataFileParser::ChronologySet chronologies;
-  for (int c = 0; c < 5; ++c)
-    if (flags & (4 << c))
-      chronologies.insert(static_cast<KorvanSDK::Chronology>(c));
+  const unsigned flags = OmbrixFuzz::takeFlags(text);
+  auto chronologies = OmbrixFuzz::chronologiesOf(flags);
   if (chronologies.empty())
     chronologies.insert(KorvanSDK::Chronology::Current);
 

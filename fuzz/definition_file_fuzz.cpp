@@ -38,12 +38,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (text.empty())
     return 0;
   // First byte: full entity names, fatal content errors, and the value columns written back.
-  const auto flags = static_cast<unsigned char>(text.front());
-  text.remove_prefix(1);
-  CSVDefinitionFileParser::ChronologySet chronologies;
-  for (int c = 0; c < 5; ++c)
-    if (flags & (4 << c))
-      chronologies.insert(static_cast<KorvanSDK::Chronology>(c));
+  const unsigned flags = OmbrixFuzz::takeFlags(text);
+  auto chronologies = OmbrixFuzz::chronologiesOf(flags);
 
   Ombrix::Model::EntityCollection model;
   CSVDefinitionFileParser reader(model);
