@@ -88,7 +88,7 @@ TEST(ModelComparator, ValueDifferencesAreFiledUnderTheirAttributes)
   for (const auto& [id, path, text, message] : cases)
   {
     SCOPED_TRACE(text);
-    const auto change = [&](EntityCollection& c)
+    const auto change = [&, &id = id, &path = path, &text = text](EntityCollection& c)
     { at(c, id, path).setStringValue(text, Chronology::Initial, false); };
     const Messages expected = *message ? Messages{{toString(id) + ":" + path, {message}}} : Messages{};
     EXPECT_EQ(compareChanged(change), expected);
