@@ -70,7 +70,7 @@ struct NotFound : std::out_of_range
 // The entity that Python names by an Entity, an EntityID, a flat-list position, a (type, name) pair, an
 // (int, int) ID pair, or a text: a full or own name, else an ID text such as "2-1". An unknown entity
 // raises ombrix.NotFoundError (a KeyError) with the library's text where the library made the lookup.
-Entity& resolveEntity(ModelState& model, py::handle spec);
+Entity& resolveEntity(ModelState& model, py::handle key);
 // The attribute at `path` below `entity`; ombrix.NotFoundError with the library's "Invalid path" text.
 Attribute& resolveAttribute(Entity& entity, const std::string& path);
 

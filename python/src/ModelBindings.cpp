@@ -118,37 +118,37 @@ bool looksLikeID(const std::string& text)
 namespace
 {
 
-Entity& findEntity(ModelState& model, py::handle spec)
+Entity& findEntity(ModelState& model, py::handle key)
 {
   Ombrix::Model::EntityCollection& collection = model.collection;
-  if (py::isinstance<EntityHandle>(spec))
+  if (py::isinstance<EntityHandle>(key))
   {
-    const auto& handle = spec.cast<const EntityHandle&>();
+    const auto& handle = key.cast<const EntityHandle&>();
     if (handle.model.get() != &model)
       throw py::value_error("the entity " + Ombrix::Model::toString(handle.entity->getUniqueID()) +
                             " belongs to another model");
     return *handle.entity;
   }
-  if (py::isinstance<EntityID>(spec))
-    return *collection.getEntity(spec.cast<EntityID>());
-  if (isInteger(spec))
+  if (py::isinstance<EntityID>(key))
+    return *collection.getEntity(key.cast<EntityID>());
+  if (isInteger(key))
   {
-    const long long position = spec.cast<long long>();
+    const long long position = key.cast<long long>();
     if (position < 0)
       throw NotFound("No Entity found with entity_i='" + std::to_string(position) + "'");
     return *collection.getEntity(static_cast<std::size_t>(position));
   }
-  if (py::isinstance<py::tuple>(spec) && py::len(spec) == 2)
+  if (py::isinstance<py::tuple>(key) && py::len(key) == 2)
   {
-    const auto pair = spec.cast<py::tuple>();
+    const auto pair = key.cast<py::tuple>();
     if (PyUnicode_Check(pair[0].ptr()) && PyUnicode_Check(pair[1].ptr()))
       return *collection.getEntity(fromPython(pair[0]), fromPython(pair[1]));
     if (isInteger(pair[0]) && isInteger(pair[1]))
       return *collection.getEntity(EntityID(pair[0].cast<int>(), pair[1].cast<int>()));
   }
-  if (PyUnicode_Check(spec.ptr()))
+  if (PyUnicode_Check(key.ptr()))
   {
-    const std::string name = fromPython(spec);
+    const std::string name = fromPython(key);
     const std::vector<std::size_t>& named = model.positionsNamed(name);
     if (named.size() == 1)
       return *collection[named.front()];
@@ -161,16 +161,16 @@ Entity& findEntity(ModelState& model, py::handle spec)
   }
   throw py::type_error("an entity is named by an Entity, an EntityID, a position, a (type, name) pair or a "
                        "name, not " +
-                       typeName(spec));
+                       typeName(key));
 }
 
 } // namespace
 
-Entity& resolveEntity(ModelState& model, py::handle spec)
+Entity& resolveEntity(ModelState& model, py::handle key)
 {
   try
   {
-    return findEntity(model, spec);
+    return findEntity(model, key);
   }
   catch (const NotFound&)
   {
@@ -326,9 +326,9 @@ void writeDefinition(const ModelPtr& model, const std::string& path, const std::
   }
 }
 
-EntityHandle entityHandle(const ModelPtr& model, py::handle spec)
+EntityHandle entityHandle(const ModelPtr& model, py::handle key)
 {
-  return {model, &resolveEntity(*model, spec)};
+  return {model, &resolveEntity(*model, key)};
 }
 
 AttributeHandle attributeHandle(const EntityHandle& entity, const std::string& path)
@@ -540,7 +540,7 @@ void bindModel(py::module_& module)
             return result;
           },
           "Every entity, roots in file order each followed by the entities below it.")
-      .def("entity", &entityHandle, "spec"_a,
+      .def("entity", &entityHandle, "key"_a,
            "The entity named by an Entity, an EntityID, a position, a (type, name) pair, an (int, int) ID "
            "pair, or a text: its full or own name, else its ID text (\"2-1\"). ombrix.NotFoundError when "
            "there is none, or when a name is shared.")

@@ -29,9 +29,9 @@ def test_entities_and_attributes_are_walked_in_model_order(model):
     assert pump["Geometry.Diameter"].entity == pump
 
 
-@pytest.mark.parametrize("spec", ["P1", "3-17", ("Pump", "P1"), (3, 17), ombrix.EntityID(3, 17), 1])
-def test_an_entity_is_named_in_every_form(model, spec):
-    assert model.entity(spec).id == ombrix.EntityID(3, 17)
+@pytest.mark.parametrize("key", ["P1", "3-17", ("Pump", "P1"), (3, 17), ombrix.EntityID(3, 17), 1])
+def test_an_entity_is_named_in_every_form(model, key):
+    assert model.entity(key).id == ombrix.EntityID(3, 17)
 
 
 @pytest.mark.parametrize(
