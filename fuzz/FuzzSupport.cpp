@@ -28,11 +28,35 @@ T& add(CompositeAttribute& parent, AttributeType kind, const std::string& name, 
   return static_cast<T&>(*parent.createAttribute(kind, name, access));
 }
 
+// A value attribute holding `initial` at Initial, with a unit.
+template <typename T>
+ValueAttribute<T>& value(CompositeAttribute& parent, const std::string& name, AccessType access, T initial,
+                         const std::string& unit = "")
+{
+  auto& added = static_cast<ValueAttribute<T>&>(
+      *parent.addAttribute(std::make_unique<ValueAttribute<T>>(name, access, nullptr)));
+  if (!unit.empty())
+    added.setUnit(unit);
+  added.set(initial, Chronology::Initial);
+  return added;
+}
+
 std::unique_ptr<Entity> entity(const std::string& type, const std::string& name, EntityID id)
 {
   auto result = std::make_unique<Entity>(type, name, AccessType::ReadWrite, nullptr);
   result->setUniqueID(id);
   return result;
+}
+
+// A link, list or array of `relation` owning one entity.
+template <typename Link>
+Entity& owned(CompositeAttribute& parent, AttributeType kind, const std::string& name, AccessType access,
+              const std::string& relation, std::unique_ptr<Entity> held)
+{
+  auto& link = add<Link>(parent, kind, name, access);
+  link.setRelationShipType(relation);
+  link.setOwnsEntities(true);
+  return *link.addEntity(std::move(held));
 }
 
 // Created on first use, removed with everything in it when the process ends normally.
@@ -58,66 +82,38 @@ const std::filesystem::path& scratchDirectory()
 
 void buildModel(EntityCollection& collection)
 {
+  const auto R = AccessType::ReadOnly, RW = AccessType::ReadWrite;
   auto control = entity("Solution Control", "Solution Control", EntityID(1, 1));
-  auto& results =
-      add<CompositeAttribute>(*control, AttributeType::Composite, "Results", AccessType::ReadOnly);
-  add<IntAttribute>(results, AttributeType::Int, "Iteration", AccessType::ReadOnly)
-      .set(12, Chronology::Initial);
-  auto& time = add<DoubleAttribute>(results, AttributeType::Double, "Time", AccessType::ReadOnly);
-  time.setUnit("s");
-  time.set(0.5, Chronology::Initial);
-  auto& transient =
-      add<CompositeAttribute>(*control, AttributeType::Composite, "Transient", AccessType::ReadOnly);
-  add<BoolAttribute>(transient, AttributeType::Bool, "Time Varying", AccessType::ReadOnly)
-      .set(true, Chronology::Initial);
-  auto& step = add<DoubleAttribute>(transient, AttributeType::Double, "Time Step", AccessType::ReadOnly);
-  step.setUnit("s");
-  step.set(0.1, Chronology::Initial);
+  auto& results = add<CompositeAttribute>(*control, AttributeType::Composite, "Results", R);
+  value(results, "Iteration", R, 12);
+  value(results, "Time", R, 0.5, "s");
+  auto& transient = add<CompositeAttribute>(*control, AttributeType::Composite, "Transient", R);
+  value(transient, "Time Varying", R, true);
+  value(transient, "Time Step", R, 0.1, "s");
   collection.addRootEntity(std::move(control));
 
   auto pump = entity("Pump", "P1, main", EntityID(3, 17));
-  auto& speed = add<DoubleAttribute>(*pump, AttributeType::Double, "Speed", AccessType::ReadWrite);
-  speed.setUnit("rpm");
-  speed.set(1450.0, Chronology::Initial);
+  auto& speed = value(*pump, "Speed", RW, 1450.0, "rpm");
   speed.set(1500.0, Chronology::Current);
   speed.set(-2.5e-300, Chronology::Next);
-  add<IntAttribute>(*pump, AttributeType::Int, "Stages", AccessType::WriteOnly).set(3, Chronology::Initial);
-  add<BoolAttribute>(*pump, AttributeType::Bool, "On", AccessType::ReadWrite).set(true, Chronology::Initial);
-  add<StringAttribute>(*pump, AttributeType::String, "Note", AccessType::ReadWrite)
-      .set("says \"hi\",\nthen stops", Chronology::Initial);
-  add<FloatAttribute>(*pump, AttributeType::Float, "Ratio", AccessType::ReadOnly)
-      .set(0.25f, Chronology::Initial);
-  add<DoubleAttribute>(*pump, AttributeType::Double, "Hidden", AccessType::None)
-      .set(1.0, Chronology::Initial);
-  auto& geometry =
-      add<CompositeAttribute>(*pump, AttributeType::Composite, "Geometry", AccessType::ReadWrite);
-  auto& inner = add<CompositeAttribute>(geometry, AttributeType::Composite, "Inlet", AccessType::ReadWrite);
-  auto& diameter = add<DoubleAttribute>(inner, AttributeType::Double, "Diameter", AccessType::ReadWrite);
-  diameter.setUnit("m");
-  diameter.set(0.3, Chronology::Initial);
-  diameter.set(0.31, Chronology::TimeStepStart);
-  add<ShortcutAttribute>(*pump, AttributeType::Shortcut, "Size", AccessType::ReadWrite)
+  value(*pump, "Stages", AccessType::WriteOnly, 3);
+  value(*pump, "On", RW, true);
+  value<std::string>(*pump, "Note", RW, "says \"hi\",\nthen stops");
+  value(*pump, "Ratio", R, 0.25f);
+  value(*pump, "Hidden", AccessType::None, 1.0);
+  auto& geometry = add<CompositeAttribute>(*pump, AttributeType::Composite, "Geometry", RW);
+  auto& inlet = add<CompositeAttribute>(geometry, AttributeType::Composite, "Inlet", RW);
+  value(inlet, "Diameter", RW, 0.3, "m").set(0.31, Chronology::TimeStepStart);
+  add<ShortcutAttribute>(*pump, AttributeType::Shortcut, "Size", RW)
       .addShortcut(AttributePath("Geometry.Inlet.Diameter"));
-  auto& servers = add<ListAttribute>(*pump, AttributeType::List, "Servers", AccessType::ReadWrite);
-  servers.setRelationShipType("R");
-  servers.setOwnsEntities(true);
-  auto server = entity("Server", "S1", EntityID(4, 17));
-  add<DoubleAttribute>(*server, AttributeType::Double, "Load", AccessType::ReadWrite)
-      .set(2.5, Chronology::Initial);
-  servers.addEntity(std::move(server));
-  auto& backup = add<LinkAttribute>(*pump, AttributeType::Link, "Backup", AccessType::ReadOnly);
-  backup.setRelationShipType("Spare");
-  backup.setOwnsEntities(true);
-  auto spare = entity("Server", "B", EntityID(5, 17));
-  add<IntAttribute>(*spare, AttributeType::Int, "Hours", AccessType::ReadWrite).set(-7, Chronology::Initial);
-  backup.addEntity(std::move(spare));
-  auto& slots = add<ArrayAttribute>(*pump, AttributeType::Array, "Slots", AccessType::ReadWrite);
-  slots.setRelationShipType("Slot");
-  slots.setOwnsEntities(true);
-  auto slot = entity("Slot", "A1", EntityID(6, 17));
-  add<BoolAttribute>(*slot, AttributeType::Bool, "Used", AccessType::ReadWrite)
-      .set(false, Chronology::Initial);
-  slots.addEntity(std::move(slot));
+  value(owned<ListAttribute>(*pump, AttributeType::List, "Servers", RW, "R", entity("Server", "S1", {4, 17})),
+        "Load", RW, 2.5);
+  value(
+      owned<LinkAttribute>(*pump, AttributeType::Link, "Backup", R, "Spare", entity("Server", "B", {5, 17})),
+      "Hours", RW, -7);
+  value(
+      owned<ArrayAttribute>(*pump, AttributeType::Array, "Slots", RW, "Slot", entity("Slot", "A1", {6, 17})),
+      "Used", RW, false);
   collection.addRootEntity(std::move(pump));
   collection.rebuildChildEntitiesList();
 }

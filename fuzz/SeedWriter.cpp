@@ -1,6 +1,6 @@
 // `ombrix_fuzz_seeds DIR`: writes, into DIR/<target>/, seed inputs for every fuzz target, made by the
 // library's own writers, so that the fuzzers start from valid files and the replay tests follow the
-// formats as they change. Each input starts with the selector byte its target reads first.
+// formats as they change. Each input starts with the flag byte its target reads first, if any.
 #include "ombrix/ai/AIFunctor.h"
 #include "ombrix/ai/AIModuleDefinitionCollection.h"
 #include "ombrix/csv/CSVDataFileParser.h"
@@ -11,6 +11,10 @@
 #include "ombrix/exchange/StateFileReaderWriter.h"
 #include "ombrix/exchange/TrivialEventHandlerOptions.h"
 #include "ombrix/platform/DataOStream.h"
+#ifdef OMBRIX_FUZZ_AI
+#include "ombrix/runtime/NeuralNetworkFormat.h"
+#include "ombrix/runtime/TransformedFormat.h"
+#endif
 
 #include "FuzzSupport.h"
 
@@ -29,17 +33,20 @@ using KorvanSDK::Chronology;
 std::filesystem::path root;
 int written = 0;
 
-void seed(const std::string& target, const std::string& name, unsigned char selector, const std::string& body)
+void save(const std::string& target, const std::string& name, std::string_view input)
 {
   // A target's folder is emptied before its first seed: seeds of an older format must not linger.
   static std::set<std::string> emptied;
   if (emptied.insert(target).second)
     std::filesystem::remove_all(root / target);
   std::filesystem::create_directories(root / target);
-  std::string input(1, static_cast<char>(selector));
-  input += body;
   OmbrixFuzz::writeFile((root / target / name).string(), input);
   ++written;
+}
+
+void seed(const std::string& target, const std::string& name, unsigned char flags, const std::string& body)
+{
+  save(target, name, static_cast<char>(flags) + body);
 }
 
 std::string fileText(const std::string& path)
@@ -48,23 +55,22 @@ std::string fileText(const std::string& path)
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-// The selector bits of the CSV targets: bit 0 full entity names, bits 2-6 the chronologies.
-unsigned char csvSelector(const std::set<Chronology>& chronologies, bool fullNames)
+// The flag bits of the CSV targets: bit 0 full entity names, bits 2-6 the chronologies.
+unsigned char csvFlags(const std::set<Chronology>& chronologies, bool fullNames)
 {
-  unsigned char selector = fullNames ? 1 : 0;
+  unsigned char flags = fullNames ? 1 : 0;
   for (Chronology c : chronologies)
-    selector = static_cast<unsigned char>(selector | (4 << static_cast<int>(c)));
-  return selector;
+    flags = static_cast<unsigned char>(flags | (4 << static_cast<int>(c)));
+  return flags;
 }
 
 void csvSeeds()
 {
-  const std::vector<std::set<Chronology>> sets = {{Chronology::Initial},
-                                                  {Chronology::Initial, Chronology::Current},
-                                                  {Chronology::Current},
-                                                  {Chronology::Initial, Chronology::Continue,
-                                                   Chronology::TimeStepStart, Chronology::Current,
-                                                   Chronology::Next}};
+  using C = Chronology;
+  const std::set<Chronology> sets[] = {{C::Initial},
+                                       {C::Initial, C::Current},
+                                       {C::Current},
+                                       {C::Initial, C::Continue, C::TimeStepStart, C::Current, C::Next}};
   Model::EntityCollection model;
   OmbrixFuzz::buildModel(model);
   const std::string path = OmbrixFuzz::scratchFile("seed.csv");
@@ -77,40 +83,35 @@ void csvSeeds()
       if (chronologies.count(Chronology::Initial))
       {
         CSVDefinitionFileParser definition(model);
-        definition.setChronologies({chronologies.begin(), chronologies.end()});
+        definition.setChronologies(chronologies);
         definition.setUseFullEntityNames(fullNames);
         if (!definition.saveAs(path))
           OmbrixFuzz::fail("cannot write the seed definition file");
-        const std::string def = fileText(path);
-        seed("definition_file", "def-" + suffix, csvSelector(chronologies, fullNames), def);
-        seed("csv_parser", "def-" + suffix, 0, def);
+        seed("definition_file", "def-" + suffix, csvFlags(chronologies, fullNames), fileText(path));
+        seed("csv_parser", "def-" + suffix, 0, fileText(path));
       }
-
-      CSVDataFileParser data(model, {chronologies.begin(), chronologies.end()});
+      CSVDataFileParser data(model, chronologies);
       data.setUseFullEntityNames(fullNames);
       if (!data.saveAs(path))
         OmbrixFuzz::fail("cannot write the seed data file");
-      const std::string out = fileText(path);
-      seed("data_file", "out-" + suffix, csvSelector(chronologies, fullNames), out);
-      seed("csv_parser", "out-" + suffix, 32, out);
+      seed("data_file", "out-" + suffix, csvFlags(chronologies, fullNames), fileText(path));
+      seed("csv_parser", "out-" + suffix, 32, fileText(path));
     }
   CSVDataFileParser answer(model, {Chronology::Current});
   answer.setIterationWord(CSVDataFileParser::iterationEnd);
   if (!answer.saveAs(path))
     OmbrixFuzz::fail("cannot write the seed data file");
-  seed("data_file", "out-end", csvSelector({Chronology::Current}, false), fileText(path));
+  seed("data_file", "out-end", csvFlags({Chronology::Current}, false), fileText(path));
 }
 
+// The state and alive targets read the whole input as the file.
 void exchangeFileSeeds()
 {
   const std::string path = OmbrixFuzz::scratchFile("seed.state");
   for (KorvanSDK::SolveState state : {KorvanSDK::SolveState::NoFile, KorvanSDK::SolveState::Failed})
   {
     StateFileReaderWriter(path).writeState(state, 1);
-    // The state target reads the whole input as the file: its selector byte is the file's first byte.
-    const std::string text = fileText(path);
-    seed("state_file", "state-" + std::to_string(static_cast<int>(state)),
-         static_cast<unsigned char>(text[0]), text.substr(1));
+    save("state_file", "state-" + std::to_string(static_cast<int>(state)), fileText(path));
   }
   const std::string alivePath = OmbrixFuzz::scratchFile("seed.alive");
   {
@@ -118,8 +119,7 @@ void exchangeFileSeeds()
     alive.start();
     alive.stop();
   }
-  const std::string text = fileText(alivePath);
-  seed("alive_file", "alive", static_cast<unsigned char>(text[0]), text.substr(1));
+  save("alive_file", "alive", fileText(alivePath));
 }
 
 template <typename Record>
@@ -154,13 +154,12 @@ void streamSeeds()
                       .first;
   definitions.insertDefinition(
       std::make_unique<AIModuleDefinition>(AISystem::ModuleType::Trivial, Utilities::bytearray{}));
-  const AIFunctor::References inputs = {
-      Model::AttributeReference<Model::Attribute>(Model::EntityID(3, 17), Model::AttributePath("Speed")),
-      Model::AttributeReference<Model::Attribute>(Model::EntityID(3, 17),
-                                                  Model::AttributePath("Geometry.Inlet.Diameter"))};
-  const AIFunctor::References outputs = {
-      Model::AttributeReference<Model::Attribute>(Model::EntityID(4, 17), Model::AttributePath("Load"))};
-  const AIFunctor functor("Surrogate", nullptr, inputs, outputs, network);
+  using Reference = Model::AttributeReference<Model::Attribute>;
+  const Model::EntityID pump(3, 17);
+  const AIFunctor functor("Surrogate", nullptr,
+                          {Reference(pump, Model::AttributePath("Speed")),
+                           Reference(pump, Model::AttributePath("Geometry.Inlet.Diameter"))},
+                          {Reference(Model::EntityID(4, 17), Model::AttributePath("Load"))}, network);
   AIEventHandlerOptions ai;
   ai.functors = {functor, functor};
   streamSeed("options_stream", "ai", 1, ai);
@@ -169,6 +168,28 @@ void streamSeeds()
   streamSeed("ai_stream", "functor", 2, functor);
   streamSeed("ai_stream", "reference", 3, AIModuleReference(*network));
 }
+
+#ifdef OMBRIX_FUZZ_AI
+// Small networks of every activation, and a Transformed definition that wraps one.
+void neuralNetworkSeeds()
+{
+  const auto bytes = [](const Utilities::bytearray& data) { return std::string(data.begin(), data.end()); };
+  using Ombrix::Activation;
+  const DenseNetwork single({DenseLayer{1, 1, Activation::Identity, {2.0}, {0.5}}});
+  const DenseNetwork layered({DenseLayer{2, 3, Activation::Relu, {1, -1, 0.5, 2, -0.25, 0}, {0, 1, -1}},
+                              DenseLayer{3, 2, Activation::Tanh, {1, 2, 3, -1, -2, -3}, {0.1, -0.1}},
+                              DenseLayer{2, 1, Activation::Sigmoid, {0.5, 0.5}, {0}}});
+  TransformedFormat::Content transformed;
+  transformed.inputs = {Transformation(TransformationType::MeanStdDevScaling, {300, 20}),
+                        Transformation(TransformationType::Curve, {0, 0, 1, 2, 3, 5})};
+  transformed.outputs = {Transformation(TransformationType::SimpleScaling, {0.001, 0})};
+  transformed.innerType = AISystem::ModuleType::NeuralNetwork;
+  transformed.innerData = NeuralNetworkFormat::write(layered);
+  save("neural_network", "single.bin", bytes(NeuralNetworkFormat::write(single)));
+  save("neural_network", "layered.bin", bytes(transformed.innerData));
+  save("neural_network", "transformed.bin", bytes(TransformedFormat::write(transformed)));
+}
+#endif
 
 } // namespace
 
@@ -183,6 +204,9 @@ int main(int argc, char** argv)
   csvSeeds();
   exchangeFileSeeds();
   streamSeeds();
+#ifdef OMBRIX_FUZZ_AI
+  neuralNetworkSeeds();
+#endif
   std::printf("wrote %d seeds into %s\n", written, root.c_str());
   return 0;
 }

@@ -46,8 +46,7 @@ void streamRoundTrip(std::string_view bytes, FileSystem::DataStreamKind kind, Sa
 // number below `records`.
 inline unsigned splitSelector(std::string_view& input, FileSystem::DataStreamKind& kind, unsigned records)
 {
-  const auto selector = static_cast<unsigned char>(input.front());
-  input.remove_prefix(1);
+  const unsigned selector = takeFlags(input);
   kind = (selector & 1) ? FileSystem::DataStreamKind::Text : FileSystem::DataStreamKind::Binary;
   return (selector >> 1) % records;
 }

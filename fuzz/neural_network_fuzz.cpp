@@ -1,28 +1,21 @@
-// libFuzzer target for the readers of the AI runtime's own formats. Any bytes are either refused with
-// std::invalid_argument, or read into a network that writes back to exactly the same bytes (the
-// format has one encoding per network), reads again to the same network, and evaluates a row. The
-// same bytes go to the "Transformed" builder, whose data nests a module definition (unless it nests a
-// TorchScript archive, which only libtorch reads). The body is neuralNetworkFuzzOne, which the corpus
-// replay calls as well.
+// The readers of the AI runtime's own formats. Any bytes are either refused with std::invalid_argument,
+// or read into a network that writes back to exactly the same bytes (the format has one encoding per
+// network), reads again to the same network, and evaluates a row. The same bytes go to the "Transformed"
+// builder, whose data nests a module definition (unless it nests a TorchScript archive, which only
+// libtorch reads).
 #include "ombrix/runtime/AIModuleBuilder.h"
 #include "ombrix/runtime/NeuralNetworkFormat.h"
 #include "ombrix/runtime/NeuralNetworkModule.h"
 #include "ombrix/runtime/TransformedFormat.h"
 
+#include "FuzzSupport.h"
+
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <stdexcept>
 #include <vector>
 
 namespace
 {
-
-[[noreturn]] void fail(const char* what)
-{
-  std::fprintf(stderr, "neural_network_fuzz: %s\n", what);
-  std::abort();
-}
 
 // Whether Transformed data wraps a TorchScript module, at any depth: libtorch's archive reader is
 // libtorch's to fuzz, not this target's.
@@ -44,9 +37,10 @@ bool wrapsTorchScript(std::span<const std::uint8_t> bytes, int depth = 0)
 
 } // namespace
 
-int neuralNetworkFuzzOne(const std::uint8_t* data, std::size_t size)
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
   const std::span<const std::uint8_t> bytes(data, size);
+  Ombrix::DenseNetwork network;
   try
   {
     if (!wrapsTorchScript(bytes))
@@ -55,8 +49,6 @@ int neuralNetworkFuzzOne(const std::uint8_t* data, std::size_t size)
   catch (const std::invalid_argument&)
   {
   }
-
-  Ombrix::DenseNetwork network;
   try
   {
     network = Ombrix::NeuralNetworkFormat::read(bytes);
@@ -67,16 +59,10 @@ int neuralNetworkFuzzOne(const std::uint8_t* data, std::size_t size)
   }
   const Utilities::bytearray written = Ombrix::NeuralNetworkFormat::write(network);
   if (!std::equal(written.begin(), written.end(), bytes.begin(), bytes.end()))
-    fail("writing a network read from bytes does not give the same bytes");
+    OmbrixFuzz::fail("writing a network read from bytes does not give the same bytes");
   if (Ombrix::NeuralNetworkFormat::read(written) != network)
-    fail("reading the written network does not give the same network");
-  Ombrix::NeuralNetworkModule module(network);
+    OmbrixFuzz::fail("reading the written network does not give the same network");
   std::vector<double> in(network.inputCount(), 0.5), out(network.outputCount());
-  module.compute(in.data(), 1, in.size(), out.data());
+  Ombrix::NeuralNetworkModule(network).compute(in.data(), 1, in.size(), out.data());
   return 0;
-}
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
-{
-  return neuralNetworkFuzzOne(data, size);
 }
