@@ -47,38 +47,39 @@ std::vector<std::string> names(const EntityCollection& collection)
 
 } // namespace
 
-TEST(EntityCollectionTest, FlatListIsPreOrderThroughOwnedLinks)
+TEST(EntityCollectionTest, FlatListIsPreOrderThroughOwnedLinksAndFollowsChanges)
 {
   EntityCollection collection(sampleRoot());
   EXPECT_EQ(names(collection), (std::vector<std::string>{"R", "K1", "K2", "S", "L"}));
-  auto second = makeEntity("Rack", "R2", EntityID(7, 7));
-  auto it = collection.addRootEntity(std::move(second));
+  EXPECT_FALSE(collection.getEntityIndex(EntityID(6, 6)).has_value()); // only referred to
+  EXPECT_EQ(collection.addRootEntity(AttributeContainer<Entity>()), collection.end());
+  EXPECT_EQ(collection.addRootEntity(std::unique_ptr<Entity>()), collection.end());
+  auto it = collection.addRootEntity(makeEntity("Rack", "R2", EntityID(7, 7)));
   EXPECT_EQ(it - collection.begin(), 5);
-  EXPECT_EQ((*it)->name(), "R2");
   EXPECT_EQ(collection.getNumberOfRootEntities(), 2u);
   EXPECT_EQ(collection.getEntityIndex(EntityID(7, 7)), 5u);
-  EXPECT_FALSE(collection.getEntityIndex(EntityID(6, 6)).has_value()); // only referred to
-}
 
-TEST(EntityCollectionTest, RebuildPicksUpEntitiesAddedLater)
-{
-  EntityCollection collection(sampleRoot());
-  Entity* root = collection.getRootEntity(0);
-  auto& kids = static_cast<ListAttribute&>(root->getAttribute(AttributePath("Kids")));
+  // An entity added inside the model shows up only after a rebuild.
+  auto& kids = static_cast<ListAttribute&>(collection.getRootEntity(0)->getAttribute(AttributePath("Kids")));
   kids.addEntity(makeEntity("Server", "K3", EntityID(8, 8)));
   EXPECT_FALSE(collection.hasEntity(EntityID(8, 8)));
   collection.rebuildChildEntitiesList();
-  EXPECT_EQ(names(collection), (std::vector<std::string>{"R", "K1", "K2", "K3", "S", "L"}));
-  EXPECT_EQ(collection.getEntityIndex(EntityID(8, 8)), 3u);
-}
+  EXPECT_EQ(names(collection), (std::vector<std::string>{"R", "K1", "K2", "K3", "S", "L", "R2"}));
+  EXPECT_EQ(collection.getNumberOfEntities("Server"), 3u);
+  EXPECT_EQ(collection.getNumberOfEntities("Nope"), 0u);
+  EXPECT_EQ(collection.getEntity("Server", std::size_t{1})->name(), "K2");
 
-TEST(EntityCollectionTest, EmptyContainerChangesNothing)
-{
-  EntityCollection collection(sampleRoot());
-  EXPECT_EQ(collection.addRootEntity(AttributeContainer<Entity>()), collection.end());
-  EXPECT_EQ(collection.addRootEntity(std::unique_ptr<Entity>()), collection.end());
-  EXPECT_EQ(collection.size(), 5u);
-  EXPECT_EQ(collection.getNumberOfRootEntities(), 1u);
+  // Erasing takes the entity out of the flat list until the next rebuild.
+  it = collection.erase("Server", "K1");
+  ASSERT_NE(it, collection.end());
+  EXPECT_EQ((*it)->name(), "K2");
+  EXPECT_EQ(names(collection), (std::vector<std::string>{"R", "K2", "K3", "S", "L", "R2"}));
+  EXPECT_EQ(collection.getEntity("Server", std::size_t{0})->name(), "K2");
+  EXPECT_FALSE(collection.hasEntity(EntityID(2, 2)));
+  EXPECT_EQ(collection.getEntityIndex(EntityID(4, 4)), 3u);
+  EXPECT_EQ(collection.erase("Server", "K1"), collection.end());
+  collection.rebuildChildEntitiesList();
+  EXPECT_EQ(collection.getEntityIndex(EntityID(2, 2)), 1u);
 }
 
 TEST(EntityCollectionTest, FailureTexts)
@@ -149,26 +150,6 @@ TEST(EntityCollectionTest, FullNameWinsOverShortName)
   EXPECT_EQ(collection.find("Rack", "C", std::string("Servers.7")), nullptr);
 }
 
-TEST(EntityCollectionTest, TypeIndexCountingAndErase)
-{
-  EntityCollection collection(sampleRoot());
-  EXPECT_EQ(collection.getNumberOfEntities("Server"), 2u);
-  EXPECT_EQ(collection.getNumberOfEntities("Nope"), 0u);
-  EXPECT_EQ(collection.getEntity("Server", std::size_t{1})->name(), "K2");
-  EXPECT_EQ(collection.getNumberOfEntities(EntityID(3, 3)), 1u);
-
-  auto it = collection.erase("Server", "K1");
-  ASSERT_NE(it, collection.end());
-  EXPECT_EQ((*it)->name(), "K2");
-  EXPECT_EQ(names(collection), (std::vector<std::string>{"R", "K2", "S", "L"}));
-  EXPECT_EQ(collection.getEntity("Server", std::size_t{0})->name(), "K2");
-  EXPECT_FALSE(collection.hasEntity(EntityID(2, 2)));
-  EXPECT_EQ(collection.getEntityIndex(EntityID(4, 4)), 2u);
-  EXPECT_EQ(collection.erase("Server", "K1"), collection.end());
-  collection.rebuildChildEntitiesList();
-  EXPECT_EQ(collection.getEntityIndex(EntityID(2, 2)), 1u);
-}
-
 TEST(EntityCollectionTest, SolutionControlIsFoundByDefinition)
 {
   EntityCollection collection(sampleRoot());
@@ -184,94 +165,65 @@ TEST(EntityCollectionTest, SolutionControlIsFoundByDefinition)
 namespace
 {
 
-// The lookups by first-match linear scan, as the index must answer them.
-struct Naive
-{
-  const EntityCollection& c;
-
-  std::optional<std::size_t> byId(const EntityID& id) const
-  {
-    for (std::size_t i = 0; i < c.size(); ++i)
-      if (c[i]->getUniqueID() == id)
-        return i;
-    return std::nullopt;
-  }
-  std::size_t countId(const EntityID& id) const
-  {
-    std::size_t n = 0;
-    for (const Entity* e : c)
-      n += e->getUniqueID() == id;
-    return n;
-  }
-  std::vector<std::size_t> byType(const std::string& type, std::size_t start = 0) const
-  {
-    std::vector<std::size_t> result;
-    for (std::size_t i = start; i < c.size(); ++i)
-      if (c[i]->type() == type)
-        result.push_back(i);
-    return result;
-  }
-  std::vector<std::size_t> byTypeName(const std::string& type, const std::string& name,
-                                      std::size_t start = 0) const
-  {
-    std::vector<std::size_t> full;
-    std::vector<std::size_t> own;
-    for (std::size_t i = start; i < c.size(); ++i)
-    {
-      if (c[i]->type() != type)
-        continue;
-      if (c[i]->getName(true) == name)
-        full.push_back(i);
-      if (c[i]->getName(false) == name)
-        own.push_back(i);
-    }
-    return full.empty() ? own : full;
-  }
-};
-
 const char* const kTypes[] = {"A", "B", "C"};
 const char* const kNames[] = {"n0", "n1", "n2", "n0->n1", "n1->n2", "n2->n0->n1"};
 
+// Positions from `start` on, by first-match linear scan, of the entities `matches` accepts.
+std::vector<std::ptrdiff_t> scan(const EntityCollection& c, std::size_t start,
+                                 const std::function<bool(const Entity&)>& matches)
+{
+  std::vector<std::ptrdiff_t> result;
+  for (std::size_t i = start; i < c.size(); ++i)
+    if (matches(*c[i]))
+      result.push_back(static_cast<std::ptrdiff_t>(i));
+  return result;
+}
+
+// Every lookup agrees with a linear scan of the flat list.
 void expectAgreesWithLinearScan(EntityCollection& collection)
 {
-  const Naive naive{collection};
   for (int first = 0; first < 4; ++first)
-  {
     for (int second = 0; second < 2; ++second)
     {
       const EntityID id(first, second);
-      const auto expected = naive.byId(id);
+      const auto matches = scan(collection, 0, [&](const Entity& e) { return e.getUniqueID() == id; });
+      const auto expected = matches.empty() ? std::nullopt : std::optional<std::uint64_t>(matches[0]);
       EXPECT_EQ(collection.getEntityIndex(id), expected) << toString(id);
       EXPECT_EQ(collection.hasEntity(id), expected.has_value());
-      EXPECT_EQ(collection.getNumberOfEntities(id), naive.countId(id));
+      EXPECT_EQ(collection.getNumberOfEntities(id), matches.size());
     }
-  }
   const auto position = [&](EntityCollection::iterator it)
   { return it == collection.end() ? -1 : it - collection.begin(); };
-  const auto expected = [](const std::vector<std::size_t>& matches, std::size_t i)
-  { return i < matches.size() ? static_cast<std::ptrdiff_t>(matches[i]) : -1; };
+  const auto nth = [](const std::vector<std::ptrdiff_t>& matches, std::size_t i)
+  { return i < matches.size() ? matches[i] : -1; };
   // The forms without a start from the beginning; those with one from the middle (indices count from there).
   for (const std::size_t start : {std::size_t{0}, collection.size() / 2})
   {
     const auto from = collection.begin() + static_cast<std::ptrdiff_t>(start);
-    for (const char* type : kTypes)
+    for (const std::string type : kTypes)
     {
-      const auto positions = naive.byType(type, start);
-      EXPECT_EQ(collection.getNumberOfEntities(type), naive.byType(type).size()) << type;
+      const auto positions = scan(collection, start, [&](const Entity& e) { return e.type() == type; });
+      EXPECT_EQ(collection.getNumberOfEntities(type),
+                scan(collection, 0, [&](const Entity& e) { return e.type() == type; }).size());
       for (std::size_t i = 0; i <= positions.size(); ++i)
         EXPECT_EQ(position(start == 0 ? collection.find(type, i) : collection.find(type, i, from)),
-                  expected(positions, i))
+                  nth(positions, i))
             << type << " #" << i << " from " << start;
-      for (const char* name : kNames)
+      for (const std::string name : kNames)
       {
-        const auto matches = naive.byTypeName(type, name, start);
+        // A full-name match hides the own-name matches.
+        auto matches = scan(collection, start,
+                            [&](const Entity& e) { return e.type() == type && e.getName(true) == name; });
+        if (matches.empty())
+          matches = scan(collection, start,
+                         [&](const Entity& e) { return e.type() == type && e.getName(false) == name; });
         for (std::size_t i = 0; i <= matches.size(); ++i)
           EXPECT_EQ(
               position(start == 0 ? collection.find(type, name, i) : collection.find(type, name, i, from)),
-              expected(matches, i))
+              nth(matches, i))
               << type << " " << name << " #" << i << " from " << start;
         EXPECT_EQ(position(start == 0 ? collection.find(type, name) : collection.find(type, name, from)),
-                  expected(matches, 0))
+                  nth(matches, 0))
             << type << " " << name;
       }
     }
@@ -289,33 +241,16 @@ std::unique_ptr<Entity> randomEntity(std::mt19937& rng, int depth)
 {
   auto pick = [&](int n) { return static_cast<int>(rng() % static_cast<unsigned>(n)); };
   auto entity = makeEntity(kTypes[pick(3)], kNames[pick(3)], EntityID(pick(4), pick(2)));
-  if (depth == 0)
-    return entity;
-  const int links = pick(3);
-  for (int l = 0; l < links; ++l)
+  for (int l = depth == 0 ? 0 : pick(3); l > 0; --l)
   {
     const bool owns = pick(4) != 0;
     const std::string name = "L" + std::to_string(l);
-    switch (pick(3))
-    {
-    case 0:
-      addLink<LinkAttribute>(*entity, name, owns).addEntity(randomEntity(rng, depth - 1));
-      break;
-    case 1:
-    {
-      auto& list = addLink<ListAttribute>(*entity, name, owns);
-      for (int k = pick(3); k > 0; --k)
-        list.addEntity(randomEntity(rng, depth - 1));
-      break;
-    }
-    default:
-    {
-      auto& array = addLink<ArrayAttribute>(*entity, name, owns);
-      for (int k = pick(3); k > 0; --k)
-        array.addEntity(randomEntity(rng, depth - 1));
-      break;
-    }
-    }
+    const int kind = pick(3);
+    EntityLink& link = kind == 0   ? static_cast<EntityLink&>(addLink<LinkAttribute>(*entity, name, owns))
+                       : kind == 1 ? static_cast<EntityLink&>(addLink<ListAttribute>(*entity, name, owns))
+                                   : static_cast<EntityLink&>(addLink<ArrayAttribute>(*entity, name, owns));
+    for (int k = kind == 0 ? 1 : pick(3); k > 0; --k)
+      link.addEntity(randomEntity(rng, depth - 1));
   }
   return entity;
 }

@@ -29,6 +29,17 @@ TEST(ValueTextTest, RoundTripFormReadsBackBitIdentical)
   }
   EXPECT_EQ(toText(D::denorm_min(), NumberFormat::RoundTrip), "5e-324");
   EXPECT_TRUE(std::isnan(parseDouble(toText(D::quiet_NaN(), NumberFormat::RoundTrip))));
+  // The default form has six decimals; the round-trip form is the shortest that reads back.
+  EXPECT_EQ(toText(1.0 / 3.0), "0.333333");
+  EXPECT_EQ(toText(-0.5f), "-0.500000");
+  EXPECT_EQ(toText(0.1, NumberFormat::RoundTrip), "0.1");
+  EXPECT_EQ(toText(0.1f, NumberFormat::RoundTrip), "0.1");
+  std::string out = "x=";
+  appendText(out, 42);
+  appendText(out, false);
+  appendText(out, 0.5);
+  appendText(out, 1.5f, NumberFormat::RoundTrip);
+  EXPECT_EQ(out, "x=42No0.5000001.5");
 }
 
 TEST(ValueTextTest, ParsingFollowsTheStandardConversions)
@@ -43,6 +54,7 @@ TEST(ValueTextTest, ParsingFollowsTheStandardConversions)
       {" \t1.5x", 1.5, 5}, {"+2", 2.0, 2}, {"-.5", -0.5, 3},       {"1e3", 1000.0, 3}, {"1e", 1.0, 1},
       {"0x1.8p1", 3.0, 7}, {"0x", 0.0, 1}, {"-INF", -INFINITY, 4}, {"1,5", 1.0, 1},    {"5e-324", 5e-324, 6},
   };
+  EXPECT_TRUE(std::isnan(parseDouble("nan")));
   for (const Case& c : cases)
   {
     SCOPED_TRACE(c.text);
