@@ -3,6 +3,8 @@
 #include "ombrix/platform/DataIStream.h"
 #include "ombrix/platform/DataOStream.h"
 
+#include "support/Tables.h"
+
 #include <gtest/gtest.h>
 
 namespace
@@ -10,6 +12,17 @@ namespace
 
 using AISystem::ModuleType;
 using Ombrix::AIModuleDefinition;
+using Bytes = Utilities::bytearray;
+
+// The start of a definition's stream as written by hand: its section, identifier flag and type.
+FileSystem::DataOStream begun(std::int32_t type,
+                              FileSystem::DataStreamKind kind = FileSystem::DataStreamKind::Binary)
+{
+  FileSystem::DataOStream out(kind);
+  out.beginSection("AIModuleDefinition");
+  out << false << type;
+  return out;
+}
 
 TEST(AIModuleDefinition, EqualityIgnoresTheIdentifier)
 {
@@ -23,100 +36,65 @@ TEST(AIModuleDefinition, EqualityIgnoresTheIdentifier)
   EXPECT_FALSE(AIModuleDefinition().getId().has_value());
 }
 
-TEST(AIModuleDefinition, BinaryLayoutWithoutIdentifier)
+TEST(AIModuleDefinition, BinaryLayoutWithAndWithoutIdentifier)
 {
-  FileSystem::DataOStream out;
-  out << AIModuleDefinition(ModuleType::TorchScript, {0xAB, 0x00});
-
-  FileSystem::DataOStream expected;
-  expected.beginSection("AIModuleDefinition");
-  expected << false << std::int32_t(16) << std::uint64_t(2) << std::uint8_t(0xAB) << std::uint8_t(0x00);
+  FileSystem::DataOStream expected = begun(16);
+  expected << std::uint64_t(2) << std::uint8_t(0xAB) << std::uint8_t(0x00);
   expected.endSection();
-  EXPECT_EQ(out.data(), expected.data());
-}
+  EXPECT_EQ(OmbrixTest::streamed(AIModuleDefinition(ModuleType::TorchScript, {0xAB, 0x00}),
+                                 FileSystem::DataStreamKind::Binary),
+            expected.data());
 
-TEST(AIModuleDefinition, BinaryLayoutWithIdentifier)
-{
   AIModuleDefinition definition(ModuleType::Python, {7});
   definition.assignId(9);
-  FileSystem::DataOStream out;
-  out << definition;
-
-  FileSystem::DataOStream expected;
-  expected.beginSection("AIModuleDefinition");
-  expected << true << std::uint64_t(9) << std::int32_t(48) << std::uint64_t(1) << std::uint8_t(7);
-  expected.endSection();
-  EXPECT_EQ(out.data(), expected.data());
+  FileSystem::DataOStream withId;
+  withId.beginSection("AIModuleDefinition");
+  withId << true << std::uint64_t(9) << std::int32_t(48) << std::uint64_t(1) << std::uint8_t(7);
+  withId.endSection();
+  EXPECT_EQ(OmbrixTest::streamed(definition, FileSystem::DataStreamKind::Binary), withId.data());
 }
 
 TEST(AIModuleDefinition, StreamRoundTrip)
 {
   AIModuleDefinition withId(ModuleType::Transformed, {0, 255, 128});
   withId.assignId(0);
-  const AIModuleDefinition cases[] = {AIModuleDefinition(), withId, AIModuleDefinition(ModuleType::ONNX, {})};
-  for (const auto kind : {FileSystem::DataStreamKind::Binary, FileSystem::DataStreamKind::Text})
-  {
-    for (const auto& original : cases)
+  AIModuleDefinition target(ModuleType::Trivial, {9, 9, 9, 9});
+  target.assignId(77);
+  for (const auto kind : OmbrixTest::kStreamKinds)
+    for (const auto& original : {AIModuleDefinition(), withId, AIModuleDefinition(ModuleType::ONNX, {})})
     {
-      FileSystem::DataOStream out(kind);
-      out << original;
-      AIModuleDefinition read(ModuleType::Trivial, {9, 9, 9, 9});
-      read.assignId(77);
-      FileSystem::DataIStream in(out.data(), kind);
-      in >> read;
-      ASSERT_TRUE(in.good());
+      const AIModuleDefinition read = OmbrixTest::roundTrip(original, kind, target);
       EXPECT_EQ(read, original);
       EXPECT_EQ(read.getId(), original.getId());
     }
-  }
 }
 
-TEST(AIModuleDefinition, StreamEndingInsideTheBytesKeepsWhatWasRead)
+TEST(AIModuleDefinition, StreamEndingEarlyKeepsWhatWasRead)
 {
-  // In the text kind the remaining data can hold the count while the third byte is missing.
+  // Type ONNX (32) or 1; a count, then fewer bytes than it says. In the text kind the remaining data can
+  // hold the count while the third byte is missing; a stream failing before the bytes empties the data.
   const auto text = FileSystem::DataStreamKind::Text;
-  FileSystem::DataOStream out(text);
-  out.beginSection("AIModuleDefinition");
-  out << false << std::int32_t(32) << std::uint64_t(3) << std::uint8_t(5) << std::uint8_t(6);
-
-  AIModuleDefinition read;
-  FileSystem::DataIStream in(out.data(), text);
-  in >> read;
-  EXPECT_FALSE(in.good());
-  EXPECT_EQ(read.getType(), ModuleType::ONNX);
-  EXPECT_EQ(read.getData(), (Utilities::bytearray{5, 6, 0}));
-}
-
-TEST(AIModuleDefinition, CountBeyondTheRestOfTheStreamKeepsTheBytesRead)
-{
-  for (const std::uint64_t count : {std::uint64_t(3), std::uint64_t(1) << 60})
+  FileSystem::DataOStream textCut = begun(32, text), shortOfThree = begun(32), shortOfHuge = begun(32),
+                          beforeBytes = begun(1);
+  textCut << std::uint64_t(3) << std::uint8_t(5) << std::uint8_t(6);
+  shortOfThree << std::uint64_t(3) << std::uint8_t(5) << std::uint8_t(6);
+  shortOfHuge << (std::uint64_t(1) << 60) << std::uint8_t(5) << std::uint8_t(6);
+  const std::tuple<FileSystem::DataOStream*, ModuleType, Bytes> cases[] = {
+      {&textCut, ModuleType::ONNX, {5, 6, 0}},
+      {&shortOfThree, ModuleType::ONNX, {5, 6}},
+      {&shortOfHuge, ModuleType::ONNX, {5, 6}},
+      {&beforeBytes, ModuleType::Trivial, {}},
+  };
+  for (const auto& [out, type, data] : cases)
   {
-    SCOPED_TRACE(count);
-    FileSystem::DataOStream out;
-    out.beginSection("AIModuleDefinition");
-    out << false << std::int32_t(32) << count << std::uint8_t(5) << std::uint8_t(6);
-
+    SCOPED_TRACE(data.size());
     AIModuleDefinition read(ModuleType::Python, {1, 2, 3});
-    FileSystem::DataIStream in(out.data());
+    FileSystem::DataIStream in(out->data(), out == &textCut ? text : FileSystem::DataStreamKind::Binary);
     in >> read;
     EXPECT_FALSE(in.good());
-    EXPECT_EQ(read.getType(), ModuleType::ONNX);
-    EXPECT_EQ(read.getData(), (Utilities::bytearray{5, 6}));
+    EXPECT_EQ(read.getType(), type);
+    EXPECT_EQ(read.getData(), data);
   }
-}
-
-TEST(AIModuleDefinition, StreamFailingBeforeTheBytesEmptiesTheData)
-{
-  FileSystem::DataOStream out;
-  out.beginSection("AIModuleDefinition");
-  out << false << std::int32_t(1);
-
-  AIModuleDefinition read(ModuleType::Python, {1, 2});
-  FileSystem::DataIStream in(out.data());
-  in >> read;
-  EXPECT_FALSE(in.good());
-  EXPECT_EQ(read.getType(), ModuleType::Trivial);
-  EXPECT_TRUE(read.getData().empty());
 }
 
 } // namespace
