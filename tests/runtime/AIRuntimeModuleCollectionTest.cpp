@@ -1,10 +1,7 @@
 #include "ombrix/runtime/AIRuntimeModuleCollection.h"
 
-#include "ombrix/exchange/AIEventHandlerOptions.h"
 #include "ombrix/model/EntityCollection.h"
 #include "ombrix/model/ValueAttribute.h"
-#include "ombrix/platform/DataIStream.h"
-#include "ombrix/platform/DataOStream.h"
 #include "ombrix/runtime/NeuralNetworkFormat.h"
 #include "ombrix/runtime/TransformedFormat.h"
 
@@ -265,27 +262,6 @@ TEST_F(AIRuntimeModuleCollectionTest, BatchGivesTheResultsOfExecutingOneByOne)
   EXPECT_THROW_MSG(otherRuntime.executeBatch(batched), std::runtime_error,
                    "Error in AI Model : F39 No Model");
   EXPECT_EQ(other.value(1, "Out"), -1);
-}
-
-TEST_F(AIRuntimeModuleCollectionTest, DefinitionsAndFunctorsReadFromAStreamRunAsBefore)
-{
-  Ombrix::AIEventHandlerOptions options;
-  options.functors = {functor(Scaled, 8, {"A", "B"}, {"Out"})};
-  for (const auto kind : {FileSystem::DataStreamKind::Binary, FileSystem::DataStreamKind::Text})
-  {
-    FileSystem::DataOStream out(kind);
-    out << definitions << options;
-    Ombrix::AIModuleDefinitionCollection readDefinitions;
-    Ombrix::AIEventHandlerOptions readOptions;
-    FileSystem::DataIStream in(out.data(), kind);
-    in >> readDefinitions >> readOptions;
-    ASSERT_TRUE(in.good());
-    AIRuntimeModuleCollection runtime(readDefinitions);
-    at(8, "Out").setDoubleValue(0, Chronology::Current, false);
-    readOptions.functors[0].initialize(runtime, entities, false, false);
-    EXPECT_TRUE(readOptions.functors[0].execute().empty());
-    EXPECT_DOUBLE_EQ(value(8, "Out"), 10 * ((8 - 1) / 2.0 + 2 * (2 - 1) / 2.0 + 0.5));
-  }
 }
 
 TEST_F(AIRuntimeModuleCollectionTest, ReadsAndWritesAtTheChosenChronologies)
