@@ -2,6 +2,7 @@
 a shortcut and a list of owned entities, and the example programs when the build made them."""
 
 import os
+import re
 
 import pytest
 
@@ -38,6 +39,11 @@ def definition(tmp_path):
 @pytest.fixture
 def model(definition):
     return ombrix.Model.read_definition(definition)
+
+
+def raises_exactly(error, text):
+    """pytest.raises that also compares the whole message."""
+    return pytest.raises(error, match="^" + re.escape(text) + "$")
 
 
 def example_program(name):
