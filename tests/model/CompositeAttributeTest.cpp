@@ -16,7 +16,7 @@ using KorvanSDK::AccessType;
 using KorvanSDK::AttributeType;
 using C = KorvanSDK::Chronology;
 
-TEST(CompositeAttributeTest, CreateAttributeRefusesDuplicates)
+TEST(CompositeAttributeTest, CreateAndAddRefuseDuplicatesAndSetTheParent)
 {
   CompositeAttribute composite("Group", AccessType::ReadWrite, nullptr);
   Attribute* first = composite.createAttribute(AttributeType::Double, "Value", AccessType::ReadOnly);
@@ -24,20 +24,18 @@ TEST(CompositeAttributeTest, CreateAttributeRefusesDuplicates)
   EXPECT_EQ(std::make_tuple(first->getType(), first->getAccessType(), first->getAttributeType()),
             std::make_tuple(std::string("Value"), AccessType::ReadOnly, AttributeType::Double));
   EXPECT_EQ(composite.createAttribute(AttributeType::Int, "Value", AccessType::ReadWrite), nullptr);
-  EXPECT_EQ(composite.size(), 1u);
-  EXPECT_EQ(&composite.getAttribute(AttributePath("Value")), first);
-}
-
-TEST(CompositeAttributeTest, AddAttributeRefusesDuplicatesAndSetsParent)
-{
-  CompositeAttribute composite("Group", AccessType::ReadWrite, nullptr);
   auto& added = OmbrixTest::addValue(composite, "A", 1);
   EXPECT_EQ(added.getParent(), &composite);
   EXPECT_EQ(composite.addAttribute(std::make_unique<DoubleAttribute>("A", AccessType::ReadWrite, nullptr)),
             nullptr);
   EXPECT_EQ(composite.addAttribute(nullptr), nullptr);
-  EXPECT_EQ(composite.size(), 1u);
+  EXPECT_EQ(composite.size(), 2u);
+  EXPECT_EQ(&composite.getAttribute(AttributePath("Value")), first);
   EXPECT_EQ(&composite.getAttribute(AttributePath("A")), &added);
+  // A dotted name is a child's name, which a path cannot reach.
+  ASSERT_NE(composite.createAttribute(AttributeType::Int, "a.b", AccessType::ReadWrite), nullptr);
+  EXPECT_EQ(composite.findAttribute(AttributePath("a.b")), nullptr);
+  EXPECT_NE(composite.findChild("a.b"), nullptr);
 }
 
 TEST(CompositeAttributeTest, FactoryMakesEveryKindAndRefusesOthers)
@@ -163,14 +161,6 @@ TEST(CompositeAttributeTest, ValueAccessIsNotAvailable)
     EXPECT_EQ(a->getUnit(), "");
     EXPECT_TRUE(a->isComposite());
   }
-}
-
-TEST(CompositeAttributeTest, DottedChildNameIsCreatedButNotFound)
-{
-  CompositeAttribute composite("Root", AccessType::ReadWrite, nullptr);
-  ASSERT_NE(composite.createAttribute(AttributeType::Int, "a.b", AccessType::ReadWrite), nullptr);
-  EXPECT_EQ(composite.findAttribute(AttributePath("a.b")), nullptr);
-  EXPECT_NE(composite.findChild("a.b"), nullptr);
 }
 
 TEST(CompositeAttributeTest, EqualityIsDeepAndOrdered)

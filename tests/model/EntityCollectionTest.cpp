@@ -22,18 +22,20 @@ template <typename Link> Link& addLink(CompositeAttribute& parent, const std::st
   return static_cast<Link&>(*parent.addAttribute(std::make_unique<Link>(name, owns, nullptr)));
 }
 
-// Root R(1-1) with Kids (owned list) [K1(2-2), K2(3-3)], Single (owned link) S(4-4) holding in an owned
-// array Leaf L(5-5), and Refs (non-owned list) holding X(6-6).
+// Root R(1-1) with Group.Kids (owned list) [K1(2-2), K2(3-3)], Single (owned link) S(4-4) holding in an owned
+// array Leaf L(5-5), and, not owned, Refs (list) X(6-6), RefLink Y(10-10) and in S RefArray Z(11-11).
 std::unique_ptr<Entity> sampleRoot()
 {
   auto root = makeEntity("Rack", "R", EntityID(1, 1));
-  auto& kids = addLink<ListAttribute>(*root, "Kids", true);
+  auto& kids = addLink<ListAttribute>(OmbrixTest::addComposite(*root, "Group"), "Kids", true);
   kids.addEntity(makeEntity("Server", "K1", EntityID(2, 2)));
   kids.addEntity(makeEntity("Server", "K2", EntityID(3, 3)));
-  auto& single = addLink<LinkAttribute>(*root, "Single", true);
-  Entity* s = single.addEntity(makeEntity("Switch", "S", EntityID(4, 4)));
+  Entity* s = addLink<LinkAttribute>(*root, "Single", true).addEntity(makeEntity("Switch", "S", EntityID(4, 4)));
   addLink<ArrayAttribute>(*s, "Leaves", true).addEntity(makeEntity("Port", "L", EntityID(5, 5)));
   addLink<ListAttribute>(*root, "Refs", false).addEntity(makeEntity("Server", "X", EntityID(6, 6)));
+  addLink<LinkAttribute>(*root, "RefLink", false).addEntity(makeEntity("Server", "Y", EntityID(10, 10)));
+  addLink<ArrayAttribute>(*s, "RefArray", false).addEntity(makeEntity("Server", "Z", EntityID(11, 11)));
+  addLink<LinkAttribute>(*root, "Empty", true);
   return root;
 }
 
@@ -51,7 +53,8 @@ TEST(EntityCollectionTest, FlatListIsPreOrderThroughOwnedLinksAndFollowsChanges)
 {
   EntityCollection collection(sampleRoot());
   EXPECT_EQ(names(collection), (std::vector<std::string>{"R", "K1", "K2", "S", "L"}));
-  EXPECT_FALSE(collection.getEntityIndex(EntityID(6, 6)).has_value()); // only referred to
+  for (const EntityID referred : {EntityID(6, 6), EntityID(10, 10), EntityID(11, 11)})
+    EXPECT_FALSE(collection.getEntityIndex(referred).has_value());
   EXPECT_EQ(collection.addRootEntity(AttributeContainer<Entity>()), collection.end());
   EXPECT_EQ(collection.addRootEntity(std::unique_ptr<Entity>()), collection.end());
   auto it = collection.addRootEntity(makeEntity("Rack", "R2", EntityID(7, 7)));
@@ -60,7 +63,7 @@ TEST(EntityCollectionTest, FlatListIsPreOrderThroughOwnedLinksAndFollowsChanges)
   EXPECT_EQ(collection.getEntityIndex(EntityID(7, 7)), 5u);
 
   // An entity added inside the model shows up only after a rebuild.
-  auto& kids = static_cast<ListAttribute&>(collection.getRootEntity(0)->getAttribute(AttributePath("Kids")));
+  auto& kids = static_cast<ListAttribute&>(collection.getRootEntity(0)->getAttribute(AttributePath("Group.Kids")));
   kids.addEntity(makeEntity("Server", "K3", EntityID(8, 8)));
   EXPECT_FALSE(collection.hasEntity(EntityID(8, 8)));
   collection.rebuildChildEntitiesList();
@@ -123,31 +126,6 @@ TEST(EntityCollectionTest, FailureTexts)
     SCOPED_TRACE(c.message);
     EXPECT_THROW_MSG(c.call(), std::out_of_range, c.message);
   }
-}
-
-TEST(EntityCollectionTest, FullNameWinsOverShortName)
-{
-  // Two "Server" entities named B: one under A, one under C; a root named B as well.
-  auto a = makeEntity("Rack", "A", EntityID(1, 1));
-  addLink<ListAttribute>(*a, "Servers", true).addEntity(makeEntity("Server", "B", EntityID(2, 2)));
-  auto c = makeEntity("Rack", "C", EntityID(3, 3));
-  addLink<ListAttribute>(*c, "Servers", true).addEntity(makeEntity("Server", "B", EntityID(4, 4)));
-  EntityCollection collection(std::move(a));
-  collection.addRootEntity(std::move(c));
-
-  EXPECT_EQ(collection.getEntity("Server", "A->B")->getUniqueID(), EntityID(2, 2));
-  EXPECT_EQ(collection.getEntity("Server", "C->B")->getUniqueID(), EntityID(4, 4));
-  EXPECT_EQ(collection.getEntity("Server", "B")->getUniqueID(), EntityID(2, 2));
-  EXPECT_EQ(collection.getEntity("Server", "B", std::size_t{1})->getUniqueID(), EntityID(4, 4));
-  EXPECT_EQ(collection.getEntity("Server", "C->B")->getName(true), "C->B");
-
-  collection.addRootEntity(makeEntity("Server", "B", EntityID(5, 5)));
-  // Now the root's full name matches "B", so the own-name matches are no longer considered.
-  EXPECT_EQ(collection.getEntity("Server", "B")->getUniqueID(), EntityID(5, 5));
-  EXPECT_FALSE(collection.hasEntity("Server", "B", std::size_t{1}));
-  EXPECT_EQ((*collection.find("Server", "B", collection.begin()))->getUniqueID(), EntityID(5, 5));
-  EXPECT_EQ(collection.find("Rack", "C", std::string("Servers.0"))->getParentEntity()->name(), "C");
-  EXPECT_EQ(collection.find("Rack", "C", std::string("Servers.7")), nullptr);
 }
 
 TEST(EntityCollectionTest, SolutionControlIsFoundByDefinition)
@@ -317,6 +295,9 @@ TEST(EntityCollectionTest, RenamingAnAncestorUpdatesFullNameLookups)
       addLink<ListAttribute>(*a, "Servers", true).addEntity(makeEntity("Server", "B", EntityID(2, 2)));
   EntityCollection collection(std::move(a));
   EXPECT_EQ(collection.getEntity("Server", "A->B"), b);
+  EXPECT_EQ(collection.getEntity("Server", "B"), b); // no full name matches: the own name does
+  EXPECT_EQ(collection.find("Rack", "A", std::string("Servers.0")), b);
+  EXPECT_EQ(collection.find("Rack", "A", std::string("Servers.7")), nullptr);
   collection.getRootEntity(0)->setName("Z");
   EXPECT_FALSE(collection.hasEntity("Server", "A->B"));
   EXPECT_EQ(collection.getEntity("Server", "Z->B"), b);

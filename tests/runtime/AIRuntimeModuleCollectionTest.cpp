@@ -52,16 +52,13 @@ struct Cells
     {
       auto cell = std::make_unique<Entity>("Cell", "Cell " + std::to_string(c));
       cell->setUniqueID(EntityID(c, 1));
-      for (auto [kind, name] :
-           std::initializer_list<std::pair<AttributeType, const char*>>{{AttributeType::Double, "A"},
-                                                                        {AttributeType::Double, "B"},
-                                                                        {AttributeType::Int, "N"},
-                                                                        {AttributeType::Bool, "Flag"},
-                                                                        {AttributeType::String, "Name"},
-                                                                        {AttributeType::Double, "Out"},
-                                                                        {AttributeType::Int, "Count"},
-                                                                        {AttributeType::Float, "Ratio"}})
-        cell->createAttribute(kind, name, AccessType::ReadOnly);
+      for (const char* name : {"A", "B", "Out"})
+        cell->createAttribute(AttributeType::Double, name, AccessType::ReadOnly);
+      for (const char* name : {"N", "Count"})
+        cell->createAttribute(AttributeType::Int, name, AccessType::ReadOnly);
+      cell->createAttribute(AttributeType::Bool, "Flag", AccessType::ReadOnly);
+      cell->createAttribute(AttributeType::String, "Name", AccessType::ReadOnly);
+      cell->createAttribute(AttributeType::Float, "Ratio", AccessType::ReadOnly);
       cell->getAttribute(AttributePath("A")).setDoubleValue(c, Chronology::Current, false);
       cell->getAttribute(AttributePath("B")).setDoubleValue(0.25 * c, Chronology::Current, false);
       entities.addRootEntity(std::move(cell));
