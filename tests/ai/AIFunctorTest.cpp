@@ -97,32 +97,25 @@ TEST_F(AIFunctorTest, ModuleRefusingToStartLeavesTheFunctorUninitialised)
   }
 }
 
-TEST_F(AIFunctorTest, ExecutionFailuresCarryTheFunctorName)
-{
-  RecordingModule& module = modules.add(0);
-  AIFunctor functor = makeFunctor("Flow model");
-  functor.initialize(modules, entities, false, false);
-  for (const auto& [failure, message] :
-       {std::pair{RecordingModule::Failure::Standard, "Error in AI Model : Flow model - x"},
-        {RecordingModule::Failure::Other, "Error in AI Model : Flow model - Unknown Error"}})
-  {
-    module.failure = failure;
-    EXPECT_THROW_MSG(functor.execute(), std::runtime_error, message);
-  }
-}
-
-TEST_F(AIFunctorTest, NoModelCases)
+TEST_F(AIFunctorTest, ExecutionFailuresAndMissingModulesCarryTheFunctorName)
 {
   AIFunctor never = makeFunctor("never initialised");
   AIFunctor unknown = makeFunctor("unknown to the runtime");
   unknown.initialize(modules, entities, false, false);
-  modules.add(0);
+  RecordingModule& module = modules.add(0);
   AIFunctor withoutDefinition("without definition", &network(), {}, {}, nullptr);
   withoutDefinition.initialize(modules, entities, false, false);
   EXPECT_EQ(modules.calls, Calls{"find 0"}) << "without a definition nothing is looked up";
   for (AIFunctor* functor : {&never, &unknown, &withoutDefinition})
     EXPECT_THROW_MSG(functor->execute(), std::runtime_error,
                      "Error in AI Model : " + functor->getName() + " No Model");
+
+  AIFunctor functor = makeFunctor("Flow model");
+  functor.initialize(modules, entities, false, false);
+  module.failure = RecordingModule::Failure::Standard;
+  EXPECT_THROW_MSG(functor.execute(), std::runtime_error, "Error in AI Model : Flow model - x");
+  module.failure = RecordingModule::Failure::Other;
+  EXPECT_THROW_MSG(functor.execute(), std::runtime_error, "Error in AI Model : Flow model - Unknown Error");
 }
 
 TEST_F(AIFunctorTest, InitialisingAgainstARebuiltCollectionAttachesThere)

@@ -21,8 +21,14 @@ public:
   enum class Failure
   {
     None,
-    Standard, // throws std::runtime_error("x")
-    Other,    // throws an int
+    Standard, // execute throws std::runtime_error("x")
+    Other,    // execute throws an int
+  };
+  enum class Refusal
+  {
+    None,
+    Initialise, // initialise throws std::runtime_error("cannot load")
+    Check,      // checkReferences throws std::invalid_argument("does not fit")
   };
 
   explicit RecordingModule(std::vector<std::string>& calls) : m_calls(calls) {}
@@ -37,8 +43,7 @@ public:
   void checkReferences(const std::string& name, Ombrix::Model::Entity*, const References& inputs,
                        const References& outputs) override
   {
-    m_calls.push_back("check " + name + " inputs " + std::to_string(inputs.size()) + " outputs " +
-                      std::to_string(outputs.size()));
+    m_calls.push_back("check " + name + sizes(inputs, outputs));
     if (refuse == Refusal::Check)
       throw std::invalid_argument("does not fit");
   }
@@ -47,40 +52,32 @@ public:
   std::vector<Ombrix::Model::EntityError> execute(const std::string& name, Ombrix::Model::Entity* owner,
                                                   const References& inputs, References& outputs) override
   {
-    m_calls.push_back("execute " + name + " owner " + (owner ? owner->name() : std::string("none")) +
-                      " inputs " + std::to_string(inputs.size()) + " outputs " +
-                      std::to_string(outputs.size()));
+    m_calls.push_back("execute " + name + " owner " + (owner ? owner->name() : "none") +
+                      sizes(inputs, outputs));
     if (failure == Failure::Standard)
       throw std::runtime_error("x");
     if (failure == Failure::Other)
       throw 42;
     double sum = 0.0;
     for (const auto& input : inputs)
-    {
-      if (input)
-        sum += input->getDoubleValue(KorvanSDK::Chronology::Current, false);
-    }
+      sum += input ? input->getDoubleValue(KorvanSDK::Chronology::Current, false) : 0.0;
     for (auto& output : outputs)
-    {
       if (output)
         output->setDoubleValue(sum, KorvanSDK::Chronology::Current, false);
-    }
     return {Ombrix::Model::EntityError(owner, "checked", Ombrix::Model::EntityErrorLevel::Information)};
   }
 
   void terminate() override { m_calls.push_back("terminate"); }
 
-  enum class Refusal
-  {
-    None,
-    Initialise, // initialise throws std::runtime_error("cannot load")
-    Check,      // checkReferences throws std::invalid_argument("does not fit")
-  };
-
   Failure failure = Failure::None;
   Refusal refuse = Refusal::None;
 
 private:
+  static std::string sizes(const References& inputs, const References& outputs)
+  {
+    return " inputs " + std::to_string(inputs.size()) + " outputs " + std::to_string(outputs.size());
+  }
+
   std::vector<std::string>& m_calls;
 };
 

@@ -30,7 +30,8 @@ std::unique_ptr<Entity> sampleRoot()
   auto& kids = addLink<ListAttribute>(OmbrixTest::addComposite(*root, "Group"), "Kids", true);
   kids.addEntity(makeEntity("Server", "K1", EntityID(2, 2)));
   kids.addEntity(makeEntity("Server", "K2", EntityID(3, 3)));
-  Entity* s = addLink<LinkAttribute>(*root, "Single", true).addEntity(makeEntity("Switch", "S", EntityID(4, 4)));
+  Entity* s =
+      addLink<LinkAttribute>(*root, "Single", true).addEntity(makeEntity("Switch", "S", EntityID(4, 4)));
   addLink<ArrayAttribute>(*s, "Leaves", true).addEntity(makeEntity("Port", "L", EntityID(5, 5)));
   addLink<ListAttribute>(*root, "Refs", false).addEntity(makeEntity("Server", "X", EntityID(6, 6)));
   addLink<LinkAttribute>(*root, "RefLink", false).addEntity(makeEntity("Server", "Y", EntityID(10, 10)));
@@ -63,7 +64,8 @@ TEST(EntityCollectionTest, FlatListIsPreOrderThroughOwnedLinksAndFollowsChanges)
   EXPECT_EQ(collection.getEntityIndex(EntityID(7, 7)), 5u);
 
   // An entity added inside the model shows up only after a rebuild.
-  auto& kids = static_cast<ListAttribute&>(collection.getRootEntity(0)->getAttribute(AttributePath("Group.Kids")));
+  auto& kids =
+      static_cast<ListAttribute&>(collection.getRootEntity(0)->getAttribute(AttributePath("Group.Kids")));
   kids.addEntity(makeEntity("Server", "K3", EntityID(8, 8)));
   EXPECT_FALSE(collection.hasEntity(EntityID(8, 8)));
   collection.rebuildChildEntitiesList();
@@ -122,10 +124,7 @@ TEST(EntityCollectionTest, FailureTexts)
                                                  "entityName='Solution Control' and entity_i='0'"},
   };
   for (const auto& c : cases)
-  {
-    SCOPED_TRACE(c.message);
     EXPECT_THROW_MSG(c.call(), std::out_of_range, c.message);
-  }
 }
 
 TEST(EntityCollectionTest, SolutionControlIsFoundByDefinition)

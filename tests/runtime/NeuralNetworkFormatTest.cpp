@@ -80,10 +80,7 @@ TEST(NeuralNetworkFormat, RefusesMalformedDataWithItsReason)
       {infinite, "NeuralNetwork data: layer 0 weight 0 is not finite (inf)"},
   };
   for (const auto& [bytes, message] : cases)
-  {
-    SCOPED_TRACE(message);
     EXPECT_THROW_MSG(NeuralNetworkFormat::read(bytes), std::invalid_argument, message);
-  }
   // Every cut of a valid network is refused, never read past.
   const Bytes whole = NeuralNetworkFormat::write(
       OmbrixTest::makeNetwork({2, 3, 1}, {Activation::Relu, Activation::Identity}));

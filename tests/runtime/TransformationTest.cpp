@@ -72,10 +72,7 @@ TEST(Transformation, RefusesParametersThatDoNotSuitTheType)
        "transformation Curve: y of point 2 breaks the curve's monotony, so it could not be undone"},
   };
   for (const auto& [type, parameters, message] : cases)
-  {
-    SCOPED_TRACE(message);
     EXPECT_THROW_MSG(Transformation(type, parameters), std::invalid_argument, message);
-  }
 }
 
 } // namespace
