@@ -8,39 +8,20 @@
 
 #include <algorithm>
 
-namespace
-{
-
 // The collection's own equality is identity; here two collections are the same when their entries are.
-bool sameEntries(const Ombrix::AIModuleDefinitionCollection& a, const Ombrix::AIModuleDefinitionCollection& b)
+template <> struct OmbrixFuzz::Same<Ombrix::AIModuleDefinitionCollection>
 {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](const auto& x, const auto& y)
-                    { return x == y || (x && y && *x == *y && x->getId() == y->getId()); });
-}
-
-} // namespace
+  bool operator()(const Ombrix::AIModuleDefinitionCollection& a,
+                  const Ombrix::AIModuleDefinitionCollection& b) const
+  {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](const auto& x, const auto& y)
+                      { return x == y || (x && y && *x == *y && x->getId() == y->getId()); });
+  }
+};
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-  std::string_view input = OmbrixFuzz::asText(data, size);
-  if (input.empty())
-    return 0;
-  FileSystem::DataStreamKind kind{};
-  switch (OmbrixFuzz::splitSelector(input, kind, 4))
-  {
-  case 0:
-    OmbrixFuzz::streamRoundTrip<Ombrix::AIModuleDefinitionCollection>(input, kind, sameEntries);
-    break;
-  case 1:
-    OmbrixFuzz::streamRoundTrip<Ombrix::AIModuleDefinition>(input, kind);
-    break;
-  case 2:
-    OmbrixFuzz::streamRoundTrip<Ombrix::AIFunctor>(input, kind);
-    break;
-  default:
-    OmbrixFuzz::streamRoundTrip<Ombrix::AIModuleReference>(input, kind);
-    break;
-  }
-  return 0;
+  return OmbrixFuzz::streamTarget<Ombrix::AIModuleDefinitionCollection, Ombrix::AIModuleDefinition,
+                                  Ombrix::AIFunctor, Ombrix::AIModuleReference>(data, size);
 }
