@@ -95,18 +95,13 @@ TEST(ModelStreamTest, CollectionRoundTripsInBothKinds)
     EXPECT_EQ(read.getSolutionControl()->getUniqueID(), EntityID(0, 0));
     EXPECT_EQ(read.getSolutionControlDefinition().getTimePath().toString(), "Results.Simulated Time");
   }
-}
-
-TEST(ModelStreamTest, DifferencesAreSeen)
-{
-  const EntityCollection original = fullCollection();
-  EntityCollection changed = fullCollection();
+  // Equality sees a changed value and a renamed entity.
+  EntityCollection changed = fullCollection(), renamed = fullCollection();
   changed.getEntity(EntityID(12, -2))
       ->getAttribute(AttributePath("Speed"))
-      .setDoubleValue(1.0, C::Current, false);
-  EXPECT_FALSE(changed.isEqual(original));
-  EntityCollection renamed = fullCollection();
+      .setDoubleValue(1, C::Current, false);
   renamed.getEntity(EntityID(30, 0))->setName("S1");
+  EXPECT_FALSE(changed.isEqual(original));
   EXPECT_FALSE(renamed.isEqual(original));
 }
 
@@ -136,18 +131,15 @@ TEST(ModelStreamTest, TruncatedStreamFailsCleanly)
 
 TEST(ModelStreamTest, AnotherAttributeKindInTheStreamFails)
 {
-  ValueAttribute<int> value("V", AccessType::ReadWrite, nullptr);
+  ValueAttribute<int> value("V", AccessType::ReadWrite, nullptr), same;
   value.set(3, C::Initial);
   FileSystem::DataOStream out;
   value.toStream(out);
-  FileSystem::DataIStream in(out.data());
+  FileSystem::DataIStream in(out.data()), again(out.data());
   ValueAttribute<double> other("W", AccessType::None, nullptr);
   other.fromStream(in);
   EXPECT_FALSE(in.good());
   EXPECT_EQ(other.getType(), "W");
-
-  FileSystem::DataIStream again(out.data());
-  ValueAttribute<int> same;
   same.fromStream(again);
   EXPECT_TRUE(again.good());
   EXPECT_TRUE(same.isEqual(value));
