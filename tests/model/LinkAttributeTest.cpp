@@ -7,6 +7,7 @@
 #include "support/Tables.h"
 #include "support/TestSupport.h"
 
+#include <functional>
 #include <stdexcept>
 
 using namespace Ombrix::Model;
@@ -14,17 +15,15 @@ using KorvanSDK::AccessType;
 using OmbrixTest::makeEntity;
 using IDs = std::vector<EntityID>;
 
-TEST(LinkAttributeTest, SingleLinkHoldsTheLastEntity)
+TEST(LinkAttributeTest, SingleLinkHoldsTheLastEntityAndSequencesHoldAll)
 {
   Entity owner("Rack", "R");
   auto& link = OmbrixTest::addLink<LinkAttribute>(owner, "Main", true);
-  EXPECT_EQ(link.getNumberOfEntities(), 0u);
   EXPECT_FALSE(link.hasEntities());
   EXPECT_EQ(link.getEntity(false), nullptr);
   EXPECT_TRUE(link.getEntityIDs().empty());
   EXPECT_THROW_MSG(link.getEntity(std::size_t{0}), std::out_of_range, "No Entity Found for entity_i='0'");
   EXPECT_THROW_MSG(link.getEntity(EntityID(1, 2)), std::out_of_range, "No Entity Found for entity_ID='1-2'");
-
   Entity* first = link.addEntity(makeEntity("Server", "A", EntityID(1, 2)));
   EXPECT_EQ(first->getParentLink(), &link);
   EXPECT_EQ(first->getParentEntityLink(), &link);
@@ -34,20 +33,12 @@ TEST(LinkAttributeTest, SingleLinkHoldsTheLastEntity)
   EXPECT_EQ(link.getEntity(EntityID(1, 2)), first);
   EXPECT_TRUE(link.hasEntity(std::size_t{0}));
   EXPECT_FALSE(link.hasEntity(std::size_t{1}));
-  EXPECT_THROW_MSG(link.getEntity(std::size_t{1}), std::out_of_range, "No Entity Found for entity_i='1'");
-  EXPECT_THROW_MSG(link.getEntity(EntityID(-1, 2)), std::out_of_range,
-                   "No Entity Found for entity_ID='-1-2'");
-
   Entity* second = link.addEntity(makeEntity("Server", "B", EntityID(3, 4)));
   EXPECT_EQ(link.getNumberOfEntities(), 1u);
   EXPECT_EQ(link.getEntity(false), second);
   EXPECT_FALSE(link.hasEntity(EntityID(1, 2)));
   EXPECT_EQ(link.getEntityIDs(), IDs{EntityID(3, 4)});
-}
 
-TEST(LinkAttributeTest, SequenceLookupsAndMessages)
-{
-  Entity owner("Rack", "R");
   auto& list = OmbrixTest::addLink<ListAttribute>(owner, "Servers", true);
   list.addEntity(makeEntity("Server", "A", EntityID(1, 1)));
   Entity* b = list.addEntity(makeEntity("Server", "B", EntityID(2, 2)));
@@ -64,14 +55,19 @@ TEST(LinkAttributeTest, SequenceLookupsAndMessages)
   EXPECT_EQ(&list.getAttribute(AttributePath()), &list);
   EXPECT_FALSE(list.hasAttribute(AttributePath("-1")));
   EXPECT_FALSE(list.hasAttribute(AttributePath("1x")));
-  EXPECT_THROW_MSG(list.getEntity(std::size_t{3}), std::out_of_range, "No Entity found with entity_i='3'");
-  EXPECT_THROW_MSG(list.getEntity(EntityID(9, 9)), std::out_of_range, "No Entity Found for entity_ID='9-9'");
+  ArrayAttribute array("Slots", true, nullptr);
+  const std::pair<std::function<void()>, const char*> outOfRange[] = {
+      {[&] { link.getEntity(std::size_t{1}); }, "No Entity Found for entity_i='1'"},
+      {[&] { link.getEntity(EntityID(-1, 2)); }, "No Entity Found for entity_ID='-1-2'"},
+      {[&] { list.getEntity(std::size_t{3}); }, "No Entity found with entity_i='3'"},
+      {[&] { list.getEntity(EntityID(9, 9)); }, "No Entity Found for entity_ID='9-9'"},
+      {[&] { list.getAttribute(AttributePath("7.Name")); }, "No Entity found with entity_i='7'"},
+      {[&] { array.getEntity(std::size_t{0}); }, "No Entity found with entity_i='0'"},
+  };
+  for (const auto& [call, message] : outOfRange)
+    EXPECT_THROW_MSG(call(), std::out_of_range, message);
   EXPECT_THROW_MSG(list.getAttribute(AttributePath("x")), std::runtime_error,
                    "Invalid path Rack.Servers : 'x' is not an entity index");
-  EXPECT_THROW_MSG(list.getAttribute(AttributePath("7.Name")), std::out_of_range,
-                   "No Entity found with entity_i='7'");
-  ArrayAttribute array("Slots", true, nullptr);
-  EXPECT_THROW_MSG(array.getEntity(std::size_t{0}), std::out_of_range, "No Entity found with entity_i='0'");
 }
 
 TEST(LinkAttributeTest, ReparentingFollowsOwnership)
