@@ -116,70 +116,66 @@ TEST_F(CSVDefinitionFileParserTest, RefusesWhatTheFileCannotCarry)
   struct Case
   {
     const char* name;
-    std::function<void(EntityCollection&, CSVDefinitionFileParser&)> change;
+    std::function<void(EntityCollection&, Entity& pump, CSVDefinitionFileParser&)> change;
     std::string message;
   };
-  const auto pump = [](EntityCollection& c) -> Entity& { return *c.getEntity(EntityID(3, 17)); };
-  const auto link = [&](EntityCollection& c, const char* path) -> EntityLinkAttributeBase&
-  { return static_cast<EntityLinkAttributeBase&>(pump(c).getAttribute(AttributePath(path))); };
+  const auto at = [](Entity& pump, const char* path) -> Attribute&
+  { return pump.getAttribute(AttributePath(path)); };
+  const auto link = [&](Entity& pump, const char* path) -> EntityLinkAttributeBase&
+  { return static_cast<EntityLinkAttributeBase&>(at(pump, path)); };
   const Case cases[] = {
-      {"no Initial",
-       [](EntityCollection&, CSVDefinitionFileParser& p) { p.setChronologies({Chronology::Current}); },
+      {"no Initial", [](auto&, auto&, auto& p) { p.setChronologies({Chronology::Current}); },
        "3-17:Both Diameters is a Shortcut, whose content goes in the InitialValue column: add Initial to the "
        "chronologies"},
       {"'.' in a name",
-       [&](EntityCollection& c, CSVDefinitionFileParser&)
-       {
-         addDouble(static_cast<CompositeAttribute&>(pump(c).getAttribute(AttributePath("Geometry"))), "a.b",
-                   AccessType::ReadWrite, 1.0);
+       [&](auto&, auto& pump, auto&) {
+         addDouble(static_cast<CompositeAttribute&>(at(pump, "Geometry")), "a.b", AccessType::ReadWrite, 1.0);
        },
        "the attribute 'a.b' of 3-17:Geometry has a '.' in its name, the separator of attribute paths"},
       {"empty name",
-       [&](EntityCollection& c, CSVDefinitionFileParser&)
-       { addDouble(pump(c), "Blank", AccessType::ReadWrite, 1.0).setType(""); },
+       [](auto&, auto& pump, auto&) { addDouble(pump, "Blank", AccessType::ReadWrite, 1.0).setType(""); },
        "an attribute of 3-17 has an empty name, which attribute paths cannot carry"},
-      {"link not owning",
-       [&](EntityCollection& c, CSVDefinitionFileParser&) { link(c, "Slots").setOwnsEntities(false); },
+      {"link not owning", [&](auto&, auto& pump, auto&) { link(pump, "Slots").setOwnsEntities(false); },
        "3-17:Slots holds 7-17 'A1' without owning it; the file carries only entities that their link owns"},
       {"held entity without attributes",
-       [&](EntityCollection& c, CSVDefinitionFileParser&)
+       [&](auto& c, auto& pump, auto&)
        {
-         static_cast<LinkAttribute&>(link(c, "Backup")).addEntity(makeEntity("Server", "C", EntityID(8, 17)));
+         static_cast<LinkAttribute&>(link(pump, "Backup"))
+             .addEntity(makeEntity("Server", "C", EntityID(8, 17)));
          c.rebuildChildEntitiesList();
        },
        "3-17:Backup holds 8-17 'C', which has no attributes; the file carries an entity through the rows "
        "of its attributes only"},
       {"entity list not rebuilt",
-       [&](EntityCollection& c, CSVDefinitionFileParser&)
+       [&](auto&, auto& pump, auto&)
        {
          auto server = makeEntity("Server", "S9", EntityID(9, 17));
          addDouble(*server, "Load", AccessType::ReadWrite, 1.0);
-         static_cast<ListAttribute&>(link(c, "Servers")).addEntity(std::move(server));
+         static_cast<ListAttribute&>(link(pump, "Servers")).addEntity(std::move(server));
        },
        "3-17:Servers holds 9-17 'S9', which is not in the collection's entity list "
        "(rebuildChildEntitiesList)"},
       {"'|' in a relationship",
-       [&](EntityCollection& c, CSVDefinitionFileParser&) { link(c, "Servers").setRelationShipType("R|S"); },
+       [&](auto&, auto& pump, auto&) { link(pump, "Servers").setRelationShipType("R|S"); },
        "the relationship type 'R|S' of 3-17:Servers contains '|', the separator of the entities listed after "
        "it"},
       {"'|' in a shortcut target",
-       [&](EntityCollection& c, CSVDefinitionFileParser&)
+       [&](auto&, auto& pump, auto&)
        {
-         addDouble(pump(c), "p|q", AccessType::ReadWrite, 1.0);
-         static_cast<ShortcutAttribute&>(pump(c).getAttribute(AttributePath("Both Diameters")))
-             .addShortcut(AttributePath("p|q"));
+         addDouble(pump, "p|q", AccessType::ReadWrite, 1.0);
+         static_cast<ShortcutAttribute&>(at(pump, "Both Diameters")).addShortcut(AttributePath("p|q"));
        },
        "the target 'p|q' of the shortcut 3-17:Both Diameters contains '|', the separator of shortcut "
        "targets"},
       {"shortcut cycle",
-       [&](EntityCollection& c, CSVDefinitionFileParser&)
+       [](auto&, auto& pump, auto&)
        {
-         add<ShortcutAttribute>(pump(c), AttributeType::Shortcut, "Loop", AccessType::ReadWrite)
+         add<ShortcutAttribute>(pump, AttributeType::Shortcut, "Loop", AccessType::ReadWrite)
              .addShortcut(AttributePath("Loop"));
        },
        "the shortcut 3-17:Loop leads back to itself through its targets"},
       {"shared ID",
-       [](EntityCollection& c, CSVDefinitionFileParser&)
+       [](auto& c, auto&, auto&)
        {
          auto twin = makeEntity("Pump", "Twin", EntityID(3, 17));
          addDouble(*twin, "Speed", AccessType::ReadWrite, 1.0);
@@ -187,9 +183,9 @@ TEST_F(CSVDefinitionFileParserTest, RefusesWhatTheFileCannotCarry)
        },
        "entities 3-17 'P1, \"main\"' and 'Twin' share the ID 3-17"},
       {"full name through a named placed entity",
-       [&](EntityCollection& c, CSVDefinitionFileParser& p)
+       [](auto& c, auto& pump, auto& p)
        {
-         auto& bay = add<Entity>(pump(c), AttributeType::Entity, "Bay", AccessType::ReadWrite);
+         auto& bay = add<Entity>(pump, AttributeType::Entity, "Bay", AccessType::ReadWrite);
          bay.setName("B1");
          auto held = makeEntity("Item", "H", EntityID(10, 17));
          addDouble(*held, "X", AccessType::ReadWrite, 1.0);
@@ -210,7 +206,7 @@ TEST_F(CSVDefinitionFileParserTest, RefusesWhatTheFileCannotCarry)
     buildModel(collection);
     CSVDefinitionFileParser writer(collection);
     writer.setChronologies({Chronology::Initial});
-    c.change(collection, writer);
+    c.change(collection, *collection.getEntity(EntityID(3, 17)), writer);
     const std::string message = "Cannot write the definition file: " + c.message;
     EXPECT_THROW_MSG(writer.saveAs(path), std::runtime_error, message);
     EXPECT_THROW_MSG(writer.generateData(), std::runtime_error, message);
