@@ -46,62 +46,43 @@ TEST(CSVSimulationTime, DefaultsSetTimeAndReset)
   EXPECT_EQ(timeText(reset(transient(4, 2.0, 0.5))), "-1 1 nan 0.5");
 }
 
-TEST(CSVSimulationTime, CompareIsAsymmetricAtTheEnds)
-{
-  struct Case
-  {
-    const char* name;
-    CSVSimulationTime self, other;
-    double tolerance;
-    bool expected;
-  };
-  const Case cases[] = {
-      {"steady equal iterations", steady(3), steady(3), 0.1, true},
-      {"steady different iterations", steady(3), steady(4), 0.1, false},
-      {"transient vs steady", transient(3, 1.0), steady(3), 0.1, false},
-      {"lower end included", transient(3, 0.9), transient(3, 1.0), 0.1, true},
-      {"upper end excluded", transient(3, 1.1), transient(3, 1.0), 0.1, false},
-      {"inside, other iteration", transient(3, 1.05), transient(4, 1.0), 0.1, false},
-      {"exactly equal times, zero tolerance", transient(3, 1.0), transient(3, 1.0), 0.0, true},
-      {"below the interval", transient(3, 0.8), transient(3, 1.0), 0.1, false},
-      {"NaN time against number", transient(3, 1.0), steady(3), 0.1, false},
-  };
-  for (const Case& c : cases)
-  {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(c.self.compare(c.other, c.tolerance), c.expected);
-  }
-}
-
-TEST(CSVSimulationTime, OrderingAndEquality)
+// compare() takes the lower end of its tolerance interval and leaves out the upper one.
+TEST(CSVSimulationTime, OrderingEqualityAndCompare)
 {
   struct Case
   {
     const char* name;
     CSVSimulationTime a, b;
-    bool less, equal;
+    bool less, equal, compared;
+    double tolerance = 0.1;
   };
   // A reset transient value keeps a NaN time: it is ordered neither way by time.
   const Case cases[] = {
-      {"transient before steady", transient(9, 5.0), steady(1), true, false},
-      {"steady never before transient", steady(1), transient(9, 5.0), false, false},
-      {"earlier time first", transient(9, 1.0), transient(1, 2.0), true, false},
-      {"later time not first", transient(1, 2.0), transient(9, 1.0), false, false},
-      {"equal times by iteration", transient(1, 2.0), transient(2, 2.0), true, false},
-      {"steady by iteration", steady(1), steady(2), true, false},
-      {"steady equal", steady(2), steady(2), false, true},
-      {"time step not compared", transient(3, 1.0, 0.1), transient(3, 1.0, 0.2), false, true},
-      {"other time", transient(3, 1.0), transient(3, 1.5), true, false},
-      {"other iteration", transient(3, 1.0), transient(4, 1.0), true, false},
-      {"same iteration, transient and steady", transient(3, 1.0), steady(3), true, false},
-      {"NaN time first", reset(transient(1, 2.0)), transient(2, 1.0), false, false},
-      {"NaN time second", transient(2, 1.0), reset(transient(1, 2.0)), false, false},
+      {"transient before steady", transient(9, 5.0), steady(1), true, false, false},
+      {"steady never before transient", steady(1), transient(9, 5.0), false, false, false},
+      {"earlier time first", transient(9, 1.0), transient(1, 2.0), true, false, false},
+      {"later time not first", transient(1, 2.0), transient(9, 1.0), false, false, false},
+      {"equal times by iteration", transient(1, 2.0), transient(2, 2.0), true, false, false},
+      {"steady by iteration", steady(1), steady(2), true, false, false},
+      {"steady equal", steady(2), steady(2), false, true, true},
+      {"time step not compared", transient(3, 1.0, 0.1), transient(3, 1.0, 0.2), false, true, true},
+      {"other time", transient(3, 1.0), transient(3, 1.5), true, false, false},
+      {"other iteration", transient(3, 1.0), transient(4, 1.0), true, false, false},
+      {"transient and steady, same iteration", transient(3, 1.0), steady(3), true, false, false},
+      {"NaN time first", reset(transient(1, 2.0)), transient(2, 1.0), false, false, false},
+      {"NaN time second", transient(2, 1.0), reset(transient(1, 2.0)), false, false, false},
+      {"lower end included", transient(3, 0.9), transient(3, 1.0), true, false, true},
+      {"upper end excluded", transient(3, 1.1), transient(3, 1.0), false, false, false},
+      {"inside, other iteration", transient(3, 1.05), transient(4, 1.0), false, false, false},
+      {"below the interval", transient(3, 0.8), transient(3, 1.0), true, false, false},
+      {"equal times, zero tolerance", transient(3, 1.0), transient(3, 1.0), false, true, true, 0.0},
   };
   for (const Case& c : cases)
   {
     SCOPED_TRACE(c.name);
     EXPECT_EQ(c.a < c.b, c.less);
     EXPECT_EQ(c.a == c.b, c.equal);
+    EXPECT_EQ(c.a.compare(c.b, c.tolerance), c.compared);
   }
 }
 

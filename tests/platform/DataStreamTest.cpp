@@ -30,7 +30,7 @@ template <typename... T> void io(DataIStream& in, T&... values)
   (in >> ... >> values);
 }
 
-// A model-like type with its own stream operators, also held through unique_ptr.
+// A model-like type with its own stream operators.
 struct Widget
 {
   std::int32_t size = 0;
@@ -59,27 +59,17 @@ DataIStream& operator>>(DataIStream& in, Widget& widget)
   return streamWidget(in, widget);
 }
 
+// Held through unique_ptr, as model types are: encoded as an optional.
 DataOStream& operator<<(DataOStream& out, const std::unique_ptr<Widget>& widget)
 {
-  out << static_cast<bool>(widget);
-  if (widget)
-    out << *widget;
-  return out;
+  return out << (widget ? std::optional<Widget>(*widget) : std::nullopt);
 }
 
 DataIStream& operator>>(DataIStream& in, std::unique_ptr<Widget>& widget)
 {
-  bool present = false;
-  if (!(in >> present))
-    return in;
-  if (!present)
-  {
-    widget.reset();
-    return in;
-  }
-  auto read = std::make_unique<Widget>();
-  if (in >> *read)
-    widget = std::move(read);
+  std::optional<Widget> read;
+  if (in >> read)
+    widget = read ? std::make_unique<Widget>(*read) : nullptr;
   return in;
 }
 
@@ -192,7 +182,7 @@ Sample makeSample()
   return sample;
 }
 
-template <typename S, typename T> void streamSample(S& s, T& x)
+template <typename S, typename T> void streamSample(S& s, T&& x)
 {
   s.beginSection("Record");
   s.key("Flag");
@@ -345,8 +335,9 @@ TEST(DataStream, RecordsRoundTripInMemoryAndThroughFiles)
   for (const DataStreamKind kind : kStreamKinds)
   {
     SCOPED_TRACE(kindName(kind));
-    const Sample written = makeSample();
-    const std::string data = dataOf(written, kind);
+    DataOStream out(kind);
+    streamSample(out, makeSample());
+    const std::string& data = out.data();
     DataIStream in(data, kind);
     Sample read;
     streamSample(in, read);
@@ -354,8 +345,6 @@ TEST(DataStream, RecordsRoundTripInMemoryAndThroughFiles)
     EXPECT_EQ(dataOf(read, kind), data);
 
     const std::string path = dir.file(std::string("sample.") + kindName(kind));
-    DataOStream out(kind);
-    streamSample(out, written);
     ASSERT_TRUE(out.saveAs(path));
     EXPECT_EQ(OmbrixTest::readFile(path), data);
     DataIStream file = DataIStream::fromFile(path, kind);
