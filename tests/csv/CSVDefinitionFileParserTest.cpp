@@ -23,21 +23,14 @@ class CSVDefinitionFileParserTest : public LoggedTest
 protected:
   // Writes `source` to def.csv and reads it into `target`.
   void roundTrip(EntityCollection& source, EntityCollection& target, const Chronologies& chronologies,
-                 bool fullNames = false, Ombrix::Model::NumberFormat format = NumberFormat::Fixed)
+                 bool fullNames = false)
   {
     CSVDefinitionFileParser writer(source);
     writer.setChronologies(chronologies);
     writer.setUseFullEntityNames(fullNames);
-    writer.setNumberFormat(format);
     ASSERT_TRUE(writer.saveAs(path));
     CSVDefinitionFileParser reader(target);
     ASSERT_TRUE(reader.parseFile(path));
-  }
-
-  // A definition file made of the given content rows between the frame rows.
-  std::string framed(const std::string& content) const
-  {
-    return "<<,START,CSV,VER04,>>\n" + content + "<<,END,CSV,VER04,>>\n";
   }
 
   std::string path = dir.file("def.csv");
@@ -49,50 +42,39 @@ const std::string fullHeader =
 
 TEST_F(CSVDefinitionFileParserTest, ColumnHeader)
 {
-  struct Case
-  {
-    const char* name;
-    Chronologies chronologies;
-    bool fullNames;
-    std::vector<std::string> expected;
-  };
-  const Case cases[] = {
-      {"no chronologies",
-       {},
-       false,
-       {"EntityID", "EntityType", "EntityName", "Access", "AttributePath", "Type", "Unit"}},
-      {"full names",
-       {Chronology::Current, Chronology::Initial},
+  const std::tuple<Chronologies, bool, std::string> cases[] = {
+      {{}, false, "EntityID,EntityType,EntityName,Access,AttributePath,Type,Unit\n"},
+      {{Chronology::Current, Chronology::Initial},
        true,
-       {"EntityID", "EntityType", "FullEntityName", "Access", "AttributePath", "Type", "InitialValue",
-        "CurrentValue", "Unit"}},
-      {"all",
-       allChronologies,
-       false,
-       {"EntityID", "EntityType", "EntityName", "Access", "AttributePath", "Type", "InitialValue",
-        "ContinueValue", "TimeStepStartValue", "CurrentValue", "NextValue", "Unit"}},
+       "EntityID,EntityType,FullEntityName,Access,AttributePath,Type,InitialValue,CurrentValue,Unit\n"},
+      {allChronologies, false,
+       "EntityID,EntityType,EntityName,Access,AttributePath,Type,InitialValue,ContinueValue,"
+       "TimeStepStartValue,CurrentValue,NextValue,Unit\n"},
   };
-  for (const Case& c : cases)
+  for (const auto& [chronologies, fullNames, text] : cases)
   {
-    SCOPED_TRACE(c.name);
+    SCOPED_TRACE(text);
     EntityCollection collection;
     CSVDefinitionFileParser parser(collection);
-    parser.setChronologies(c.chronologies);
-    parser.setUseFullEntityNames(c.fullNames);
+    parser.setChronologies(chronologies);
+    parser.setUseFullEntityNames(fullNames);
     const Table table = parser.generateData();
     ASSERT_EQ(table.size(), 3u);
-    EXPECT_EQ(table[1], c.expected);
+    EXPECT_EQ(joined({table[1]}), text);
   }
-  EXPECT_EQ(CSVDefinitionFileParser::dataHeader(false),
-            (std::vector<std::string>{"EntityID", "EntityType", "EntityName", "AttributePath", "Type",
-                                      "Access", "InitValue", "Unit"}));
-  EXPECT_EQ(CSVDefinitionFileParser::dataHeader(true)[2], "FullEntityName");
+  EXPECT_EQ(joined({CSVDefinitionFileParser::dataHeader(false), CSVDefinitionFileParser::dataHeader(true)}),
+            "EntityID,EntityType,EntityName,AttributePath,Type,Access,InitValue,Unit\n"
+            "EntityID,EntityType,FullEntityName,AttributePath,Type,Access,InitValue,Unit\n");
 }
 
 TEST_F(CSVDefinitionFileParserTest, WrittenRows)
 {
   EntityCollection collection;
   buildModel(collection);
+  // A shortcut target that does not resolve is left out.
+  static_cast<ShortcutAttribute&>(
+      collection.getEntity(EntityID(3, 17))->getAttribute(AttributePath("Both Diameters")))
+      .addShortcut(AttributePath("Nowhere"));
   CSVDefinitionFileParser parser(collection);
   parser.setChronologies({Chronology::Initial, Chronology::Current});
   const Table table = parser.generateData();
@@ -129,94 +111,71 @@ TEST_F(CSVDefinitionFileParserTest, WrittenRows)
   EXPECT_EQ(order, (std::vector<std::string>{"1-1", "3-17", "4-17", "5-17", "6-17", "7-17"}));
 }
 
-TEST_F(CSVDefinitionFileParserTest, UnresolvableShortcutTargetsAreLeftOut)
-{
-  EntityCollection collection;
-  buildModel(collection);
-  auto& shortcut = static_cast<ShortcutAttribute&>(
-      collection.getEntity(EntityID(3, 17))->getAttribute(AttributePath("Both Diameters")));
-  shortcut.addShortcut(AttributePath("Nowhere"));
-  CSVDefinitionFileParser parser(collection);
-  parser.setChronologies({Chronology::Initial});
-  for (const auto& row : parser.generateData())
-  {
-    if (row.size() > 5 && row[4] == "Both Diameters")
-    {
-      EXPECT_EQ(row[6], "Geometry.Diameter|Inlet Diameter");
-    }
-  }
-}
-
 TEST_F(CSVDefinitionFileParserTest, RefusesWhatTheFileCannotCarry)
 {
   struct Case
   {
     const char* name;
-    std::function<void(EntityCollection&, CSVDefinitionFileParser&)> change;
+    std::function<void(EntityCollection&, Entity& pump, CSVDefinitionFileParser&)> change;
     std::string message;
   };
-  const auto pump = [](EntityCollection& c) -> Entity& { return *c.getEntity(EntityID(3, 17)); };
-  const auto link = [&](EntityCollection& c, const char* path) -> EntityLinkAttributeBase&
-  { return static_cast<EntityLinkAttributeBase&>(pump(c).getAttribute(AttributePath(path))); };
+  const auto at = [](Entity& pump, const char* path) -> Attribute&
+  { return pump.getAttribute(AttributePath(path)); };
+  const auto link = [&](Entity& pump, const char* path) -> EntityLinkAttributeBase&
+  { return static_cast<EntityLinkAttributeBase&>(at(pump, path)); };
   const Case cases[] = {
-      {"no Initial",
-       [](EntityCollection&, CSVDefinitionFileParser& p) { p.setChronologies({Chronology::Current}); },
+      {"no Initial", [](auto&, auto&, auto& p) { p.setChronologies({Chronology::Current}); },
        "3-17:Both Diameters is a Shortcut, whose content goes in the InitialValue column: add Initial to the "
        "chronologies"},
       {"'.' in a name",
-       [&](EntityCollection& c, CSVDefinitionFileParser&)
-       {
-         addDouble(static_cast<CompositeAttribute&>(pump(c).getAttribute(AttributePath("Geometry"))), "a.b",
-                   AccessType::ReadWrite, 1.0);
+       [&](auto&, auto& pump, auto&) {
+         addDouble(static_cast<CompositeAttribute&>(at(pump, "Geometry")), "a.b", AccessType::ReadWrite, 1.0);
        },
        "the attribute 'a.b' of 3-17:Geometry has a '.' in its name, the separator of attribute paths"},
       {"empty name",
-       [&](EntityCollection& c, CSVDefinitionFileParser&)
-       { addDouble(pump(c), "Blank", AccessType::ReadWrite, 1.0).setType(""); },
+       [](auto&, auto& pump, auto&) { addDouble(pump, "Blank", AccessType::ReadWrite, 1.0).setType(""); },
        "an attribute of 3-17 has an empty name, which attribute paths cannot carry"},
-      {"link not owning",
-       [&](EntityCollection& c, CSVDefinitionFileParser&) { link(c, "Slots").setOwnsEntities(false); },
+      {"link not owning", [&](auto&, auto& pump, auto&) { link(pump, "Slots").setOwnsEntities(false); },
        "3-17:Slots holds 7-17 'A1' without owning it; the file carries only entities that their link owns"},
       {"held entity without attributes",
-       [&](EntityCollection& c, CSVDefinitionFileParser&)
+       [&](auto& c, auto& pump, auto&)
        {
-         static_cast<LinkAttribute&>(link(c, "Backup")).addEntity(makeEntity("Server", "C", EntityID(8, 17)));
+         static_cast<LinkAttribute&>(link(pump, "Backup"))
+             .addEntity(makeEntity("Server", "C", EntityID(8, 17)));
          c.rebuildChildEntitiesList();
        },
-       "3-17:Backup holds 8-17 'C', which has no attributes; the file carries an entity through the rows of "
-       "its "
-       "attributes only"},
+       "3-17:Backup holds 8-17 'C', which has no attributes; the file carries an entity through the rows "
+       "of its attributes only"},
       {"entity list not rebuilt",
-       [&](EntityCollection& c, CSVDefinitionFileParser&)
+       [&](auto&, auto& pump, auto&)
        {
          auto server = makeEntity("Server", "S9", EntityID(9, 17));
          addDouble(*server, "Load", AccessType::ReadWrite, 1.0);
-         static_cast<ListAttribute&>(link(c, "Servers")).addEntity(std::move(server));
+         static_cast<ListAttribute&>(link(pump, "Servers")).addEntity(std::move(server));
        },
        "3-17:Servers holds 9-17 'S9', which is not in the collection's entity list "
        "(rebuildChildEntitiesList)"},
       {"'|' in a relationship",
-       [&](EntityCollection& c, CSVDefinitionFileParser&) { link(c, "Servers").setRelationShipType("R|S"); },
+       [&](auto&, auto& pump, auto&) { link(pump, "Servers").setRelationShipType("R|S"); },
        "the relationship type 'R|S' of 3-17:Servers contains '|', the separator of the entities listed after "
        "it"},
       {"'|' in a shortcut target",
-       [&](EntityCollection& c, CSVDefinitionFileParser&)
+       [&](auto&, auto& pump, auto&)
        {
-         addDouble(pump(c), "p|q", AccessType::ReadWrite, 1.0);
-         static_cast<ShortcutAttribute&>(pump(c).getAttribute(AttributePath("Both Diameters")))
-             .addShortcut(AttributePath("p|q"));
+         addDouble(pump, "p|q", AccessType::ReadWrite, 1.0);
+         static_cast<ShortcutAttribute&>(at(pump, "Both Diameters")).addShortcut(AttributePath("p|q"));
        },
        "the target 'p|q' of the shortcut 3-17:Both Diameters contains '|', the separator of shortcut "
        "targets"},
       {"shortcut cycle",
-       [&](EntityCollection& c, CSVDefinitionFileParser&)
+       [](auto&, auto& pump, auto&)
        {
-         add<ShortcutAttribute>(pump(c), AttributeType::Shortcut, "Loop", AccessType::ReadWrite)
+         add<ShortcutAttribute>(pump, AttributeType::Shortcut, "Loop", AccessType::ReadWrite)
              .addShortcut(AttributePath("Loop"));
        },
        "the shortcut 3-17:Loop leads back to itself through its targets"},
       {"shared ID",
-       [](EntityCollection& c, CSVDefinitionFileParser&)
+       [](auto& c, auto&, auto&)
        {
          auto twin = makeEntity("Pump", "Twin", EntityID(3, 17));
          addDouble(*twin, "Speed", AccessType::ReadWrite, 1.0);
@@ -224,9 +183,9 @@ TEST_F(CSVDefinitionFileParserTest, RefusesWhatTheFileCannotCarry)
        },
        "entities 3-17 'P1, \"main\"' and 'Twin' share the ID 3-17"},
       {"full name through a named placed entity",
-       [&](EntityCollection& c, CSVDefinitionFileParser& p)
+       [](auto& c, auto& pump, auto& p)
        {
-         auto& bay = add<Entity>(pump(c), AttributeType::Entity, "Bay", AccessType::ReadWrite);
+         auto& bay = add<Entity>(pump, AttributeType::Entity, "Bay", AccessType::ReadWrite);
          bay.setName("B1");
          auto held = makeEntity("Item", "H", EntityID(10, 17));
          addDouble(*held, "X", AccessType::ReadWrite, 1.0);
@@ -236,9 +195,8 @@ TEST_F(CSVDefinitionFileParserTest, RefusesWhatTheFileCannotCarry)
          c.rebuildChildEntitiesList();
          p.setUseFullEntityNames(true);
        },
-       "the full name of 10-17 'H' runs through the entity 'B1' placed in a composite, whose name the file "
-       "cannot "
-       "carry"},
+       "the full name of 10-17 'H' runs through the entity 'B1' placed in a composite, whose name the "
+       "file cannot carry"},
   };
   for (const Case& c : cases)
   {
@@ -248,7 +206,7 @@ TEST_F(CSVDefinitionFileParserTest, RefusesWhatTheFileCannotCarry)
     buildModel(collection);
     CSVDefinitionFileParser writer(collection);
     writer.setChronologies({Chronology::Initial});
-    c.change(collection, writer);
+    c.change(collection, *collection.getEntity(EntityID(3, 17)), writer);
     const std::string message = "Cannot write the definition file: " + c.message;
     EXPECT_THROW_MSG(writer.saveAs(path), std::runtime_error, message);
     EXPECT_THROW_MSG(writer.generateData(), std::runtime_error, message);
@@ -272,18 +230,18 @@ TEST_F(CSVDefinitionFileParserTest, WarnsOfWhatItReadsBackOtherwise)
   source.rebuildChildEntitiesList();
   EntityCollection target;
   roundTrip(source, target, {Chronology::Initial});
+  EXPECT_TRUE(logged("3-17 Processing Entity"));
+  EXPECT_TRUE(logged("3-17:Geometry.Diameter Processing Attribute"));
   for (
       const char* warning :
-      {"1 root entities without attributes are not written (the file carries an entity through the rows of "
-       "its "
-       "attributes only): first 8-8 'Empty'",
+      {"1 root entities without attributes are not written (the file carries an entity through the rows "
+       "of its attributes only): first 8-8 'Empty'",
        "1 entities are read back with access ReadWrite (the file carries no access of an entity): first 7-17 "
        "'A1' (ReadOnly)",
        "1 links without entities that do not own entities are read back as owning them (the file carries the "
        "flag only with held entities): first 3-17:Refs",
        "1 entities placed in a composite are read back without their name and with a new ID (the file "
-       "carries "
-       "only their path and access): first 3-17:Geometry.Bay"})
+       "carries only their path and access): first 3-17:Geometry.Bay"})
     EXPECT_TRUE(logged(warning)) << warning;
   EXPECT_FALSE(target.hasEntity(EntityID(8, 8)));
   EXPECT_EQ(target.getEntity(EntityID(7, 17))->getAccessType(), AccessType::ReadWrite);
@@ -309,12 +267,9 @@ TEST_F(CSVDefinitionFileParserTest, RoundTripRebuildsAnEqualCollection)
     Chronologies chronologies;
     bool fullNames;
   };
-  const Case cases[] = {
-      {"initial only", {Chronology::Initial}, false},
-      {"initial and current", {Chronology::Initial, Chronology::Current}, false},
-      {"all chronologies", allChronologies, false},
-      {"full names", allChronologies, true},
-  };
+  // Initial alone reads back simple storage; more chronologies, chronological storage.
+  const Case cases[] = {{"initial only", {Chronology::Initial}, false},
+                        {"all, full names", allChronologies, true}};
   for (const Case& c : cases)
   {
     SCOPED_TRACE(c.name);
@@ -330,21 +285,13 @@ TEST_F(CSVDefinitionFileParserTest, RoundTripRebuildsAnEqualCollection)
     EntityCollection target;
     roundTrip(source, target, c.chronologies, c.fullNames);
     EXPECT_TRUE(source.isEqual(target));
-    EXPECT_EQ(target.size(), source.size());
-    const Entity* server = target.getEntity(EntityID(5, 17));
-    ASSERT_NE(server, nullptr);
-    EXPECT_EQ(server->getName(true), "P1, \"main\"->S5");
+    ASSERT_TRUE(target.hasEntity(EntityID(5, 17)));
+    EXPECT_EQ(target.getEntity(EntityID(5, 17))->getName(true), "P1, \"main\"->S5");
     const auto& speed = static_cast<const DoubleAttribute&>(
         target.getEntity(EntityID(3, 17))->getAttribute(AttributePath("Speed")));
     EXPECT_EQ(speed.getStorageType(),
               c.chronologies.size() == 1 ? ValueType::Simple : ValueType::Chronological);
-    EXPECT_EQ(target.getEntity(EntityID(3, 17))
-                  ->getAttribute(AttributePath("Both Diameters"))
-                  .getDoubleValue(Chronology::Initial, false),
-              0.3);
   }
-  EXPECT_TRUE(logged("3-17 Processing Entity"));
-  EXPECT_TRUE(logged("3-17:Geometry.Diameter Processing Attribute"));
 }
 
 TEST_F(CSVDefinitionFileParserTest, LargeFileIsTheTextOfTheGeneratedTable)
@@ -361,54 +308,6 @@ TEST_F(CSVDefinitionFileParserTest, LargeFileIsTheTextOfTheGeneratedTable)
   ASSERT_TRUE(reader.parseFile(path));
   EXPECT_EQ(target.size(), source.size());
   EXPECT_FALSE(writer.saveAs(dir.file("missing/def.csv")));
-}
-
-TEST_F(CSVDefinitionFileParserTest, FixedNotationLosesSmallNumbersRoundTripKeepsThem)
-{
-  for (auto format : {NumberFormat::Fixed, NumberFormat::RoundTrip})
-  {
-    SCOPED_TRACE(format == NumberFormat::Fixed ? "fixed" : "round trip");
-    EntityCollection source;
-    auto entity = makeEntity("Probe", "P", EntityID(2, 2));
-    addDouble(*entity, "Tiny", AccessType::ReadWrite, 1e-7);
-    addDouble(*entity, "Third", AccessType::ReadWrite, 1.0 / 3.0);
-    add<FloatAttribute>(*entity, AttributeType::Float, "F", AccessType::ReadWrite)
-        .set(0.1f, Chronology::Initial);
-    source.addRootEntity(std::move(entity));
-    EntityCollection target;
-    roundTrip(source, target, {Chronology::Initial}, false, format);
-    const Entity* read = target.getEntity(EntityID(2, 2));
-    ASSERT_NE(read, nullptr);
-    const double tiny = read->getAttribute(AttributePath("Tiny")).getDoubleValue(Chronology::Initial, false);
-    if (format == NumberFormat::Fixed)
-    {
-      EXPECT_EQ(tiny, 0.0);
-      EXPECT_FALSE(source.isEqual(target));
-    }
-    else
-    {
-      EXPECT_EQ(tiny, 1e-7);
-      EXPECT_EQ(read->getAttribute(AttributePath("Third")).getDoubleValue(Chronology::Initial, false),
-                1.0 / 3.0);
-      EXPECT_EQ(read->getAttribute(AttributePath("F")).getFloatValue(Chronology::Initial, false), 0.1f);
-      EXPECT_TRUE(source.isEqual(target));
-    }
-  }
-}
-
-TEST_F(CSVDefinitionFileParserTest, LegacyInitValueColumnIsAccepted)
-{
-  OmbrixTest::writeFile(path,
-                        framed("EntityID,EntityType,EntityName,AttributePath,Type,Access,InitValue,Unit\n"
-                               "2-2,Probe,P,Level,Double,ReadWrite,4.5,m\n"));
-  EntityCollection target;
-  CSVDefinitionFileParser reader(target);
-  EXPECT_TRUE(reader.parseFile(path));
-  const Entity* probe = target.getEntity(EntityID(2, 2));
-  ASSERT_NE(probe, nullptr);
-  EXPECT_EQ(probe->getAccessType(), AccessType::ReadWrite); // no entity row: the default access
-  EXPECT_EQ(probe->getAttribute(AttributePath("Level")).getDoubleValue(Chronology::Initial, false), 4.5);
-  EXPECT_EQ(probe->getAttribute(AttributePath("Level")).getUnit(), "m");
 }
 
 TEST_F(CSVDefinitionFileParserTest, BadRowsNameFileAndRow)
@@ -497,61 +396,38 @@ TEST_F(CSVDefinitionFileParserTest, BadRowsNameFileAndRow)
   }
 }
 
-TEST_F(CSVDefinitionFileParserTest, RepeatedColumnTakesItsLastPlace)
+TEST_F(CSVDefinitionFileParserTest, OlderAndRepeatedColumnsAndNonFatalReads)
 {
+  EntityCollection target;
+  CSVDefinitionFileParser reader(target);
+  const auto probe = [&](const char* path) -> Attribute&
+  { return target.getEntity(EntityID(2, 2))->getAttribute(AttributePath(path)); };
+  // The older "InitValue" column is still read; without an entity row, entities get access ReadWrite.
+  OmbrixTest::writeFile(path,
+                        framed("EntityID,EntityType,EntityName,AttributePath,Type,Access,InitValue,Unit\n"
+                               "2-2,Probe,P,Level,Double,ReadWrite,4.5,m\n"));
+  EXPECT_TRUE(reader.parseFile(path));
+  EXPECT_EQ(target.getEntity(EntityID(2, 2))->getAccessType(), AccessType::ReadWrite);
+  EXPECT_EQ(probe("Level").getDoubleValue(Chronology::Initial, false), 4.5);
+  EXPECT_EQ(probe("Level").getUnit(), "m");
+
   // The header map keeps the last "Unit", beyond the number of distinct names: rows must still be
   // checked against the header's width.
   OmbrixTest::writeFile(path, framed("EntityID,EntityType,EntityName,Access,AttributePath,Type,Unit,"
-                                     "InitialValue,Unit\n2-2,Probe,P,ReadWrite,Level,Double,x,4.5,m\n"
+                                     "InitialValue,Unit\n2-2,Probe,P,ReadWrite,Level,Double,x,4.5,cm\n"
                                      "2-2,Probe,P,ReadWrite,Depth,Double,x,1.5\n"));
-  EntityCollection target;
-  CSVDefinitionFileParser reader(target);
   EXPECT_THROW_MSG(reader.parseFile(path), std::runtime_error,
                    path + ", row 4: Row has 8 fields, the column header has 9");
   reader.setFatalErrors(false);
   EXPECT_FALSE(reader.parseFile(path));
-  EXPECT_EQ(target.getEntity(EntityID(2, 2))->getAttribute(AttributePath("Level")).getUnit(), "m");
-}
+  EXPECT_EQ(probe("Level").getUnit(), "cm");
 
-TEST_F(CSVDefinitionFileParserTest, NonFatalReadKeepsTheGoodRows)
-{
+  // Not fatal: the good rows are kept, and the attribute of a bad value keeps its default value.
   OmbrixTest::writeFile(path,
                         framed(header + "2-2,Probe,P,ReadWrite,A,Int,x,\n2-2,Probe,P,ReadWrite,B,Int,5,\n"));
-  EntityCollection target;
-  CSVDefinitionFileParser reader(target);
-  reader.setFatalErrors(false);
   EXPECT_FALSE(reader.parseFile(path));
-  const Entity* probe = target.getEntity(EntityID(2, 2));
-  ASSERT_NE(probe, nullptr);
-  EXPECT_EQ(probe->getAttribute(AttributePath("B")).getIntValue(Chronology::Initial, false), 5);
-  // The bad value's attribute exists, with its default value.
-  EXPECT_EQ(probe->getAttribute(AttributePath("A")).getIntValue(Chronology::Initial, false), 0);
-}
-
-TEST_F(CSVDefinitionFileParserTest, FileCutOffBeforeFooterIsAFrameError)
-{
-  EntityCollection source;
-  buildModel(source);
-  CSVDefinitionFileParser writer(source);
-  writer.setChronologies({Chronology::Initial});
-  ASSERT_TRUE(writer.saveAs(path));
-  std::string text = OmbrixTest::readFile(path);
-  OmbrixTest::writeFile(path, text.substr(0, text.size() / 2));
-  EntityCollection target;
-  CSVDefinitionFileParser reader(target);
-  try
-  {
-    reader.parseFile(path);
-    ADD_FAILURE() << "no error";
-  }
-  catch (const std::runtime_error& error)
-  {
-    // Either the cut falls inside a quoted field (the CSV parser's error) or the footer is missing.
-    const std::string what = error.what();
-    EXPECT_TRUE(what == "Missing FileFooter" || what.find(path) != std::string::npos) << what;
-  }
-  OmbrixTest::writeFile(path, text.substr(0, text.find("3-17,Pump,\"P1")));
-  EXPECT_THROW_MSG(reader.parseFile(path), std::runtime_error, "Missing FileFooter");
+  EXPECT_EQ(probe("B").getIntValue(Chronology::Initial, false), 5);
+  EXPECT_EQ(probe("A").getIntValue(Chronology::Initial, false), 0);
 }
 
 } // namespace

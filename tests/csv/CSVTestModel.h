@@ -3,6 +3,7 @@
 // plus a solution-control entity, and a fixture that logs to a scratch file.
 #pragma once
 
+#include "ombrix/csv/CSVSimulationTime.h"
 #include "ombrix/log/LogManager.h"
 #include "ombrix/model/ArrayAttribute.h"
 #include "ombrix/model/EntityCollection.h"
@@ -15,6 +16,7 @@
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
+#include <locale>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -147,6 +149,21 @@ inline std::string joined(const std::vector<std::vector<std::string>>& rows)
   FileSystem::CSVParser parser(',', false, false, '\n', true);
   parser.rows() = rows;
   return parser.toText();
+}
+
+// A file of the given content rows between the frame rows.
+inline std::string framed(const std::string& content)
+{
+  return "<<,START,CSV,VER04,>>\n" + content + "<<,END,CSV,VER04,>>\n";
+}
+
+// "<iteration> <transient 0|1> <time> <time step>", NaN as "nan": one comparison for the whole value.
+inline std::string timeText(const Ombrix::CSVSimulationTime& t)
+{
+  std::ostringstream out;
+  out.imbue(std::locale::classic());
+  out << t.getIteration() << ' ' << t.isTransient() << ' ' << t.getTime() << ' ' << t.getTimeStep();
+  return out.str();
 }
 
 // Each test gets its own log file at level Informational; the log is switched off afterwards.

@@ -42,51 +42,34 @@ TEST(SystemEnvironmentVariables, FallbackOnlyWhenUnset)
   ::unsetenv(name.c_str());
 }
 
-TEST(File, ExistsOnlyForRegularFiles)
-{
-  OmbrixTest::TempDir dir;
-  const std::string path = dir.file("a.txt");
-  EXPECT_FALSE(File::exists(path));
-  EXPECT_FALSE(File::exists(""));
-  EXPECT_FALSE(File::exists(dir.path().string()));
-  OmbrixTest::writeFile(path, "");
-  EXPECT_TRUE(File::exists(path));
-  EXPECT_TRUE(File::remove(path));
-  EXPECT_FALSE(File::exists(path));
-  EXPECT_TRUE(File::remove(path));
-}
-
-TEST(File, WriteAtomicallyReplacesTheWholeFile)
+TEST(File, ExistsWritesAtomicallyAndReadsAll)
 {
   OmbrixTest::TempDir dir;
   const std::string path = dir.file("state");
+  for (const std::string& notAFile : {path, std::string(), dir.path().string()})
+    EXPECT_FALSE(File::exists(notAFile)) << notAFile;
   ASSERT_TRUE(File::writeAtomically(path, "first, longer content"));
-  ASSERT_TRUE(File::writeAtomically(path, std::string("2\0\t<END>", 8)));
-  EXPECT_EQ(OmbrixTest::readFile(path), std::string("2\0\t<END>", 8));
+  EXPECT_TRUE(File::exists(path));
+  const std::string content = std::string("bytes\0\r\n", 8) + std::string(100000, 'x');
+  ASSERT_TRUE(File::writeAtomically(path, content));
   EXPECT_FALSE(File::exists(path + ".tmp"));
+  std::string read = "old";
+  ASSERT_TRUE(File::readAll(path, read));
+  EXPECT_EQ(read, content);
+  ASSERT_TRUE(File::writeAtomically(path, ""));
+  ASSERT_TRUE(File::readAll(path, read));
+  EXPECT_EQ(read, "");
+  EXPECT_TRUE(File::remove(path));
+  EXPECT_FALSE(File::exists(path));
+  EXPECT_TRUE(File::remove(path));
+
+  read = "old";
+  EXPECT_FALSE(File::readAll(path, read));
+  EXPECT_EQ(read, "");
+  EXPECT_FALSE(File::readAll(dir.path().string(), read));
   EXPECT_FALSE(File::writeAtomically(dir.file("missing/state"), "x"));
   // Onto a directory: refused, and the temporary is gone.
   std::filesystem::create_directory(dir.file("directory"));
   EXPECT_FALSE(File::writeAtomically(dir.file("directory"), "x"));
   EXPECT_FALSE(std::filesystem::exists(dir.file("directory.tmp")));
-}
-
-TEST(File, ReadAllGivesTheWholeFileOrFalse)
-{
-  OmbrixTest::TempDir dir;
-  const std::string path = dir.file("data");
-  const std::string content = std::string("bytes\0\r\n", 8) + std::string(100000, 'x');
-  OmbrixTest::writeFile(path, content);
-  std::string read = "old";
-  ASSERT_TRUE(File::readAll(path, read));
-  EXPECT_EQ(read, content);
-
-  OmbrixTest::writeFile(path, "");
-  ASSERT_TRUE(File::readAll(path, read));
-  EXPECT_EQ(read, "");
-
-  read = "old";
-  EXPECT_FALSE(File::readAll(dir.file("missing"), read));
-  EXPECT_EQ(read, "");
-  EXPECT_FALSE(File::readAll(dir.path().string(), read));
 }
