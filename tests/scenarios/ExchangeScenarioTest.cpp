@@ -14,10 +14,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <optional>
-#include <spawn.h>
 #include <vector>
-
-extern char** environ;
 
 namespace
 {
@@ -25,88 +22,41 @@ namespace
 using KorvanSDK::SolveState;
 using OmbrixTest::readFile;
 
-// A child process whose standard output and error go to files; killed if still running when destroyed.
-class Process
-{
-public:
-  Process(const std::string& program, std::vector<std::string> arguments, const std::string& outFile,
-          const std::string& errFile)
-  {
-    arguments.insert(arguments.begin(), program);
-    std::vector<char*> argv;
-    for (auto& argument : arguments)
-      argv.push_back(argument.data());
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, outFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                     0644);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, errFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                     0644);
-    const int error = posix_spawn(&m_pid, program.c_str(), &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    if (error != 0)
-      throw std::runtime_error("cannot start " + program);
-  }
-  Process(const Process&) = delete;
-  Process& operator=(const Process&) = delete;
-  ~Process()
-  {
-    if (!m_status)
-      kill();
-  }
-
-  // The exit code, or nullopt when the process is still running after a minute (it is then killed, so
-  // that a test fails instead of hanging); -signal when a signal ended it.
-  std::optional<int> wait()
-  {
-    int status = 0;
-    const bool ended = OmbrixTest::eventually([&] { return ::waitpid(m_pid, &status, WNOHANG) == m_pid; },
-                                              std::chrono::seconds(60));
-    if (!ended)
-    {
-      kill();
-      return std::nullopt;
-    }
-    m_status = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-    return m_status;
-  }
-
-  void kill()
-  {
-    ::kill(m_pid, SIGKILL);
-    ::waitpid(m_pid, nullptr, 0);
-    m_status = -SIGKILL;
-  }
-
-private:
-  pid_t m_pid = -1;
-  std::optional<int> m_status;
-};
-
 // One exchange directory for the sides of a run; each side's output goes to <side>.stdout and
 // <side>.stderr there.
 struct Sides
 {
   // Heartbeat 1 s and grace 3 s (the shortest safe pair) keep the detection of a dead partner within a few
   // seconds.
-  std::unique_ptr<Process> start(const char* program, std::vector<std::string> extra, bool common = true)
+  OmbrixTest::ForkedChild start(const std::string& program, const std::string& side,
+                                std::vector<std::string> extra, bool common = true)
   {
-    std::vector<std::string> arguments = {"--dir", dir.path().string(), "--heartbeat", "1", "--grace", "3"};
-    if (!common)
-      arguments.clear();
+    std::vector<std::string> arguments = {program,   "--dir", dir.path().string(), "--heartbeat", "1",
+                                          "--grace", "3"};
+    arguments.resize(common ? arguments.size() : 1);
     arguments.insert(arguments.end(), extra.begin(), extra.end());
-    const std::string side = program == std::string(OMBRIX_EXCHANGE_SOLVER) ? "solver" : "client";
-    return std::make_unique<Process>(program, std::move(arguments), dir.file(side + ".stdout"),
-                                     dir.file(side + ".stderr"));
+    std::vector<char*> argv;
+    for (auto& argument : arguments)
+      argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    const std::string out = dir.file(side + ".stdout"), err = dir.file(side + ".stderr");
+    return OmbrixTest::ForkedChild(
+        [&](const std::function<void()>& ready)
+        {
+          ::dup2(::open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), STDOUT_FILENO);
+          ::dup2(::open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), STDERR_FILENO);
+          ready();
+          ::execv(program.c_str(), argv.data());
+          std::_Exit(127);
+        });
   }
-  std::unique_ptr<Process> solver(std::vector<std::string> extra, bool common = true)
+  OmbrixTest::ForkedChild solver(std::vector<std::string> extra, bool common = true)
   {
-    return start(OMBRIX_EXCHANGE_SOLVER, std::move(extra), common);
+    return start(OMBRIX_EXCHANGE_SOLVER, "solver", std::move(extra), common);
   }
-  std::unique_ptr<Process> client(std::vector<std::string> extra = {})
+  OmbrixTest::ForkedChild client(std::vector<std::string> extra = {})
   {
-    return start(OMBRIX_EXCHANGE_CLIENT, std::move(extra));
+    return start(OMBRIX_EXCHANGE_CLIENT, "client", std::move(extra));
   }
   std::string out(const std::string& side) const { return readFile(dir.file(side + ".stdout")); }
   std::string err(const std::string& side) const { return readFile(dir.file(side + ".stderr")); }
@@ -148,8 +98,8 @@ TEST(ExchangeScenario, SolverAndClientCompleteInBothFileModesAndWithEverySideOpt
     std::vector<std::string> solverOptions = options;
     solverOptions.insert(solverOptions.end(), {"--steps", "3"});
     auto solver = run.solver(solverOptions);
-    EXPECT_EQ(solver->wait(), 0) << run.err("solver");
-    EXPECT_EQ(client->wait(), 0) << run.err("client");
+    EXPECT_EQ(solver.wait(), 0) << run.err("solver");
+    EXPECT_EQ(client.wait(), 0) << run.err("client");
 
     const std::string solverOut = run.out("solver");
     EXPECT_TRUE(contains(solverOut, "solver: finished 3 steps (3 exchanges), simulated 30.0 s")) << solverOut;
@@ -183,8 +133,8 @@ TEST(ExchangeScenario, TheClientEndsTheSolveWithEndOnceSettled)
   Sides run;
   auto client = run.client({"--end-when-settled", "3"});
   auto solver = run.solver({"--steps", "1000"});
-  EXPECT_EQ(solver->wait(), 0) << run.err("solver");
-  EXPECT_EQ(client->wait(), 0) << run.err("client");
+  EXPECT_EQ(solver.wait(), 0) << run.err("solver");
+  EXPECT_EQ(client.wait(), 0) << run.err("client");
   EXPECT_TRUE(contains(run.out("client"), "client: settled within 3.000 K, asking the solver to end\n"));
   const std::string solverOut = run.out("solver");
   const std::string asks = "solver: the client asks to end after step ";
@@ -205,8 +155,8 @@ TEST(ExchangeScenario, ADeadPartnerIsReportedByTheOtherSide)
     auto solver = run.solver({"--steps", "1000"});
     ASSERT_TRUE(OmbrixTest::eventually([&] { return contains(run.out("solver"), "step   2"); },
                                        std::chrono::seconds(10)));
-    client->kill();
-    EXPECT_EQ(solver->wait(), 2);
+    client.kill();
+    EXPECT_EQ(solver.wait(), 2);
     EXPECT_EQ(run.err("solver"), "exchange_solver: the client stopped answering: its heartbeat in " +
                                      run.dir.file("in.alive") + " is older than 3 s\n");
     EXPECT_EQ(run.state("out.state"), SolveState::Failed);
@@ -214,8 +164,8 @@ TEST(ExchangeScenario, ADeadPartnerIsReportedByTheOtherSide)
   Sides run;
   auto client = run.client();
   auto solver = run.solver({"--steps", "10", "--crash-at", "3"});
-  EXPECT_EQ(solver->wait(), 137);
-  EXPECT_EQ(client->wait(), 2);
+  EXPECT_EQ(solver.wait(), 137);
+  EXPECT_EQ(client.wait(), 2);
   EXPECT_EQ(run.err("client"), "exchange_client: the solver stopped answering: its heartbeat in " +
                                    run.dir.file("out.alive") + " is older than 3 s\n");
   EXPECT_TRUE(contains(run.out("solver"), "solver: crashing on purpose at exchange 3\n"));
@@ -232,7 +182,7 @@ TEST(ExchangeScenario, TimeOutsEndTheWaitWithAClearMessage)
     if (heartbeat)
       client.emplace(run);
     auto solver = run.solver({"--timeout-ms", heartbeat ? "500" : "300"});
-    EXPECT_EQ(solver->wait(), 2);
+    EXPECT_EQ(solver.wait(), 2);
     EXPECT_EQ(run.err("solver"),
               heartbeat ? "exchange_solver: timed out after 500 ms waiting for the client to reach "
                           "FinishedReading_Def_CSV_File (last seen: -1)\n"
@@ -259,7 +209,7 @@ TEST(ExchangeScenario, ATornIncomingFileIsNotAppliedAndFailsTheSolver)
   OmbrixTest::writeFile(run.dir.file("in.csv"), out.substr(0, out.rfind("<<,END")));
   clientState.writeState(SolveState::Client_NewDataReady, 1);
 
-  EXPECT_EQ(solver->wait(), 2);
+  EXPECT_EQ(solver.wait(), 2);
   EXPECT_EQ(run.err("solver"), "exchange_solver: Missing FileFooter\n");
   EXPECT_EQ(solverState.readState(1), SolveState::Failed);
   EXPECT_FALSE(contains(run.out("solver"), "step   1"));
@@ -299,7 +249,7 @@ TEST(ExchangeScenario, BadCommandLinesAndATakenSideAreRefused)
   for (const auto& c : cases)
   {
     SCOPED_TRACE(c.message);
-    EXPECT_EQ(run.solver(c.arguments, false)->wait(), c.exit);
+    EXPECT_EQ(run.solver(c.arguments, false).wait(), c.exit);
     const std::string err = run.err("solver");
     EXPECT_EQ(err.substr(0, err.find("usage:")), c.message);
   }

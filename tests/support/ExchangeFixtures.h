@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <ctime>
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <sys/wait.h>
@@ -81,6 +82,19 @@ public:
   ~ForkedChild() { kill(); }
 
   pid_t pid() const { return m_pid; }
+  // The child's exit code (-signal when a signal ended it), or nullopt when it still runs after `limit`: it
+  // is then killed, so that a test fails instead of hanging.
+  std::optional<int> wait(std::chrono::milliseconds limit = std::chrono::seconds(60))
+  {
+    int status = 0;
+    if (m_pid <= 0 || !eventually([&] { return ::waitpid(m_pid, &status, WNOHANG) == m_pid; }, limit))
+    {
+      kill();
+      return std::nullopt;
+    }
+    m_pid = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+  }
   // Kills and reaps the child; does nothing once done.
   void kill()
   {
