@@ -9,15 +9,8 @@
 #include <optional>
 #include <vector>
 
-using Ombrix::AliveFileReaderWriter;
-using Ombrix::WaitEnd;
-using OmbrixTest::aliveStamp;
-using OmbrixTest::eventually;
-using OmbrixTest::millisecondsSince;
-using OmbrixTest::readFile;
-using OmbrixTest::SteadyClock;
-using OmbrixTest::TempDir;
-using OmbrixTest::writeFile;
+using namespace Ombrix;
+using namespace OmbrixTest;
 using namespace std::chrono_literals;
 
 namespace
@@ -68,35 +61,12 @@ private:
 
 } // namespace
 
-TEST(AliveFileReaderWriter, WriterRewritesStampAndStopsWithinASecond)
+TEST(AliveFileReaderWriter, WriterThreadRewritesTheStampEveryIntervalUntilStopped)
 {
   // The writer thread, under a host locale that groups digits, still writes the stamp as plain digits.
-  const OmbrixTest::GroupingLocale grouping;
+  const GroupingLocale grouping;
   TempDir dir;
   const std::string path = dir.file("out.alive");
-  AliveFileReaderWriter writer(path);
-  writer.setInterval(1);
-  const std::int64_t before = std::time(nullptr);
-  writer.start();
-  EXPECT_TRUE(writer.isRunning());
-
-  EXPECT_TRUE(AliveFileReaderWriter(path).waitForAlive(5000));
-  ASSERT_TRUE(eventually([&] { return completeStamp(path) >= before; }, 2000ms)) << readFile(path);
-  const std::int64_t first = completeStamp(path);
-  EXPECT_LE(first, std::time(nullptr));
-  // A one-second interval rewrites the file after one or two one-second steps.
-  EXPECT_TRUE(eventually([&] { return completeStamp(path) > first; }, 3500ms));
-
-  const auto stopping = SteadyClock::now();
-  writer.stop();
-  EXPECT_LE(millisecondsSince(stopping), 2000);
-  EXPECT_FALSE(writer.isRunning());
-}
-
-TEST(AliveFileReaderWriter, StartTwiceRunsOneThreadAndNegativeIntervalWritesOnce)
-{
-  TempDir dir;
-  const std::string path = dir.file("in.alive");
   // A sanitizer's runtime starts a helper thread along with the first thread a program makes; one made
   // and joined first keeps it out of the counts below.
   std::thread([] {}).join();
@@ -104,28 +74,34 @@ TEST(AliveFileReaderWriter, StartTwiceRunsOneThreadAndNegativeIntervalWritesOnce
   {
     AliveFileReaderWriter writer(path);
     writer.stop();
-    EXPECT_FALSE(writer.isRunning());
-
-    writer.setInterval(-1);
+    writer.setInterval(1);
+    const std::int64_t before = std::time(nullptr);
     writer.start();
     writer.start();
+    EXPECT_TRUE(writer.isRunning());
     EXPECT_EQ(threadCount(), threadsBefore + 1);
-    ASSERT_TRUE(eventually([&] { return completeStamp(path) > 0; }, 2000ms));
-
-    // Longer than one sleeping step: a non-negative interval would have written again by now.
-    std::filesystem::remove(path);
-    std::this_thread::sleep_for(1300ms);
-    EXPECT_FALSE(std::filesystem::exists(path));
-
+    EXPECT_TRUE(AliveFileReaderWriter(path).waitForAlive(5000));
+    ASSERT_TRUE(eventually([&] { return completeStamp(path) >= before; }, 2000ms)) << readFile(path);
+    const std::int64_t first = completeStamp(path);
+    EXPECT_LE(first, std::time(nullptr));
+    // A one-second interval rewrites the file after one or two one-second steps.
+    EXPECT_TRUE(eventually([&] { return completeStamp(path) > first; }, 3500ms));
+    const auto stopping = SteadyClock::now();
     writer.stop();
     writer.stop();
+    EXPECT_LE(millisecondsSince(stopping), 2000);
     EXPECT_FALSE(writer.isRunning());
     EXPECT_EQ(threadCount(), threadsBefore);
 
+    // A negative interval writes once and then only waits to be stopped (by the destructor).
+    std::filesystem::remove(path);
+    writer.setInterval(-1);
     writer.start();
-    EXPECT_TRUE(writer.isRunning());
-    EXPECT_TRUE(eventually([&] { return completeStamp(path) > 0; }, 2000ms));
-    // The destructor stops the thread.
+    ASSERT_TRUE(eventually([&] { return completeStamp(path) > 0; }, 2000ms));
+    std::filesystem::remove(path);
+    // Longer than one sleeping step: a non-negative interval would have written again by now.
+    std::this_thread::sleep_for(1300ms);
+    EXPECT_FALSE(std::filesystem::exists(path));
   }
   EXPECT_EQ(threadCount(), threadsBefore);
 }
@@ -228,7 +204,7 @@ TEST(AliveFileReaderWriter, WaitsEndAliveTimedOutOrStopped)
     CountingChecker checker(path, c.script);
     int stops = 0;
     const auto start = SteadyClock::now();
-    const Ombrix::WaitResult result = checker.waitUntilAlive([&] { return ++stops == c.stopAt; }, c.timeout);
+    const WaitResult result = checker.waitUntilAlive([&] { return ++stops == c.stopAt; }, c.timeout);
     EXPECT_EQ(result.end, c.end);
     EXPECT_GE(checker.checks, c.fewestChecks);
     EXPECT_LE(checker.checks, c.mostChecks);

@@ -10,21 +10,15 @@
 #include <gtest/gtest.h>
 
 using KorvanSDK::SolveState;
-using Ombrix::ExchangeRole;
-using Ombrix::ExchangeSide;
-using Ombrix::HeartbeatJudgement;
-using Ombrix::WaitEnd;
-using Ombrix::WaitResult;
-using OmbrixTest::aliveStamp;
-using OmbrixTest::TempDir;
-using OmbrixTest::writeFile;
+using namespace Ombrix;
+using namespace OmbrixTest;
 
 namespace
 {
 
 void expectEnd(const WaitResult& result, WaitEnd end, const std::string& message)
 {
-  EXPECT_EQ(Ombrix::waitEndToString(result.end), Ombrix::waitEndToString(end)) << message;
+  EXPECT_EQ(waitEndToString(result.end), waitEndToString(end)) << message;
   EXPECT_EQ(result.message, message);
 }
 
@@ -37,17 +31,16 @@ std::string stoppedAfter(const WaitResult& result)
 
 TEST(ExchangeSide, VocabularyTexts)
 {
-  OmbrixTest::expectNames<WaitEnd>(
+  expectNames<WaitEnd>(
       {{0, "Reached"}, {1, "TimedOut"}, {2, "Stopped"}, {3, "PartnerDead"}, {4, "PartnerFailed"}},
-      Ombrix::waitEndToString, Ombrix::waitEndFromString, static_cast<WaitEnd>(9));
-  OmbrixTest::expectNames<ExchangeRole>({{0, "solver"}, {1, "client"}}, Ombrix::exchangeRoleToString,
-                                        Ombrix::exchangeRoleFromString, static_cast<ExchangeRole>(9));
-  OmbrixTest::expectNames<HeartbeatJudgement>(
-      {{0, "SharedClock"}, {1, "StampChanges"}}, Ombrix::heartbeatJudgementToString,
-      Ombrix::heartbeatJudgementFromString, static_cast<HeartbeatJudgement>(9));
-  EXPECT_EQ(Ombrix::waitEndToString(static_cast<WaitEnd>(9)), "");
-  EXPECT_EQ(Ombrix::exchangeRoleToString(static_cast<ExchangeRole>(9)), "");
-  EXPECT_EQ(Ombrix::heartbeatJudgementToString(static_cast<HeartbeatJudgement>(9)), "");
+      waitEndToString, waitEndFromString, static_cast<WaitEnd>(9));
+  expectNames<ExchangeRole>({{0, "solver"}, {1, "client"}}, exchangeRoleToString, exchangeRoleFromString,
+                            static_cast<ExchangeRole>(9));
+  expectNames<HeartbeatJudgement>({{0, "SharedClock"}, {1, "StampChanges"}}, heartbeatJudgementToString,
+                                  heartbeatJudgementFromString, static_cast<HeartbeatJudgement>(9));
+  EXPECT_EQ(waitEndToString(static_cast<WaitEnd>(9)), "");
+  EXPECT_EQ(exchangeRoleToString(static_cast<ExchangeRole>(9)), "");
+  EXPECT_EQ(heartbeatJudgementToString(static_cast<HeartbeatJudgement>(9)), "");
 }
 
 TEST(ExchangeSide, WaitsSayWhyTheyEnded)
@@ -170,7 +163,7 @@ TEST(ExchangeSide, HeartbeatJudgedByItsChangesNeedsNoSharedClock)
   ExchangeSide client(ExchangeRole::Client, dir.path().string(),
                       {.heartbeatJudgement = HeartbeatJudgement::StampChanges});
   client.setHeartbeat(1, 1);
-  Ombrix::AliveFileReaderWriter sameClock(alive);
+  AliveFileReaderWriter sameClock(alive);
   sameClock.setGracePeriod(1);
 
   // The solver's clock is 1000 s behind the client's, and its stamps keep coming.

@@ -15,13 +15,9 @@
 namespace
 {
 
+using namespace Ombrix;
 using namespace Ombrix::Model;
-using KorvanSDK::AccessType;
-using KorvanSDK::AttributeType;
-using KorvanSDK::Chronology;
-using Ombrix::CSVDataFileParser;
-using Ombrix::InFileReader;
-using Ombrix::ReadFailureHandling;
+using namespace KorvanSDK;
 
 // Two entities with one writable pressure each.
 void build(EntityCollection& collection, double first, double second)
@@ -53,7 +49,7 @@ protected:
   void SetUp() override
   {
     LogFileFixture::SetUp();
-    Ombrix::LogManager::instance().initialize(logPath, Ombrix::LogLevel::Warning);
+    LogManager::instance().initialize(logPath, LogLevel::Warning);
     EntityCollection source;
     build(source, 10.0, 20.0);
     EXPECT_TRUE(CSVDataFileParser(source, {Chronology::Current}).saveAs(path));
@@ -128,7 +124,7 @@ TEST_F(InFileReaderTest, HandlingDecidesBetweenPartialApplyReturnAndThrow)
     }
     if (c.handling == H::LogAndContinue && !c.message.empty())
     {
-      EXPECT_EQ(logged(), "\tError\tExchange : " + path + "\t " + c.message);
+      EXPECT_EQ(bodies().back(), "\tError\tExchange : " + path + "\t " + c.message);
     }
     EXPECT_EQ(parser.getFatalErrors(), c.handling != H::LogAndContinue);
     EXPECT_EQ(pressure(collection, 1), c.first);
@@ -144,7 +140,7 @@ TEST_F(InFileReaderTest, AttemptsComeFromTheOptionsAndCountOnlyForRetry)
                                                              {ReadFailureHandling::LogAndContinue, 4, 1}};
   for (const auto& [handling, tries, attempts] : cases)
   {
-    Ombrix::CSVEventHandlerOptions options;
+    CSVEventHandlerOptions options;
     options.readFailureHandling = handling;
     options.inFileTryAttempts = tries;
     EXPECT_EQ(InFileReader(options).getAttempts(), attempts) << tries;

@@ -12,13 +12,8 @@
 #include <vector>
 
 using KorvanSDK::SolveState;
-using Ombrix::StateFileReaderWriter;
-using Ombrix::WaitEnd;
-using OmbrixTest::millisecondsSince;
-using OmbrixTest::readFile;
-using OmbrixTest::SteadyClock;
-using OmbrixTest::TempDir;
-using OmbrixTest::writeFile;
+using namespace Ombrix;
+using namespace OmbrixTest;
 
 namespace
 {
@@ -53,7 +48,7 @@ private:
 };
 
 // A partner heartbeat with a fixed verdict.
-class FixedHeartbeat : public Ombrix::AliveFileReaderWriter
+class FixedHeartbeat : public AliveFileReaderWriter
 {
 public:
   explicit FixedHeartbeat(bool alive) : m_alive(alive) {}
@@ -69,7 +64,7 @@ TEST(StateFileReaderWriter, WritesExactBytesAndReadsThemBack)
 {
   // Neither a host locale that groups digits nor the tries change a byte, and a write replaces a longer
   // earlier file whole.
-  const OmbrixTest::GroupingLocale grouping;
+  const GroupingLocale grouping;
   TempDir dir;
   const std::string path = dir.file("out.state");
   writeFile(path, "120\tWaitingForFNGeneration\t<END> and a long tail from an earlier writer");
@@ -141,14 +136,11 @@ TEST(StateFileReaderWriter, ReadsNumberOnlyWhenEndMarkerFollows)
       {std::nullopt, 5, -1},
       {"2016\tCFDSolver_SolveStarted", 1, 0},
       {"2016\tCFDSolver_SolveStarted\t<END>", 1, 2016},
-      {"2016\tCFDSolver_SolveStarted\t<EN", 1, 0},
       {"2016", 1, 0},
       {"21003\tanything at all\t<END>", 1, 21003},
-      {"1003\tCFDSolver_SolveStarted\t<END>", 1, 1003},
       {"7\tNot a state\t<END>", 1, 7},
       {"-2\tInActive\t<END>", 1, -2},
       {"1003<END>", 1, 1003},
-      {"1003 x<END>y", 1, 1003},
       {" \t1016\tClient_SolveStarted\t<END>\n", 1, 1016},
       {"2016\tCFDSolver_SolveStarted\t<END>\n99\tmore", 1, 2016},
       {"2016\tCFDSolver_SolveStarted\n<END>", 1, 0},
@@ -228,7 +220,7 @@ TEST(StateFileReaderWriter, WaitsTellWhyAndWhenTheyEnded)
       partner.emplace(*c.partnerAlive);
     int stops = 0;
     const auto start = SteadyClock::now();
-    const Ombrix::WaitResult result = file.waitFor(
+    const WaitResult result = file.waitFor(
         c.awaited, [&] { return ++stops == c.stopAt; }, c.timeout, partner ? &*partner : nullptr);
     EXPECT_EQ(result.end, c.end);
     EXPECT_EQ(result.state, c.script.back());
@@ -261,12 +253,6 @@ TEST(StateFileReaderWriter, WaitSeesTheFileWrittenByAnotherThread)
   TempDir dir;
   const std::string path = dir.file("in.state");
   StateFileReaderWriter reader(path);
-  EXPECT_EQ(reader.waitForState(SolveState::Client_NewDataReady, 0), SolveState::NoFile);
-  writeFile(path, "1002\tClient_Solving\t<END>");
-  const auto start = SteadyClock::now();
-  EXPECT_EQ(reader.waitForState(SolveState::Client_NewDataReady, 150), SolveState::Client_Solving);
-  EXPECT_GE(millisecondsSince(start), 150);
-
   for (const bool notified : {false, true})
   {
     SCOPED_TRACE(notified);
@@ -279,7 +265,7 @@ TEST(StateFileReaderWriter, WaitSeesTheFileWrittenByAnotherThread)
           std::this_thread::sleep_for(std::chrono::milliseconds(150));
           StateFileReaderWriter(path).writeState(SolveState::Client_NewDataReady, 1);
         });
-    const Ombrix::WaitResult result = reader.waitFor({SolveState::Client_NewDataReady}, {}, 10000);
+    const WaitResult result = reader.waitFor({SolveState::Client_NewDataReady}, {}, 10000);
     const auto elapsed = millisecondsSince(waiting);
     client.join();
     EXPECT_EQ(result.message, path + " shows Client_NewDataReady");
