@@ -16,19 +16,17 @@ namespace
 
 CSVEventHandlerOptions sample()
 {
-  CSVEventHandlerOptions options;
-  options.ombrixDirectory = "C:/exchange dir/\"quoted\"\\tail";
-  options.inFileTryAttempts = 7;
-  options.fileMode = CSVFileMode::Sequential;
-  options.syncMode = SyncMode::TimeStep;
-  options.syncStartIteration = 1234567;
-  options.syncIterationInterval = 5;
-  options.useFullEntityNames = true;
-  options.stateFileMode = StateFileMode::WriteOnly;
-  options.readFailureHandling = ReadFailureHandling::Retry;
-  options.solverHeartBeatInterval = 2;
-  options.clientHeartBeatGracePeriod = 9;
-  return options;
+  return {.ombrixDirectory = "C:/exchange dir/\"quoted\"\\tail",
+          .inFileTryAttempts = 7,
+          .fileMode = CSVFileMode::Sequential,
+          .syncMode = SyncMode::TimeStep,
+          .syncStartIteration = 1234567,
+          .syncIterationInterval = 5,
+          .useFullEntityNames = true,
+          .stateFileMode = StateFileMode::WriteOnly,
+          .readFailureHandling = ReadFailureHandling::Retry,
+          .solverHeartBeatInterval = 2,
+          .clientHeartBeatGracePeriod = 9};
 }
 
 AIEventHandlerOptions aiSample()
@@ -57,12 +55,6 @@ TEST(ExchangeModes, Texts)
   OmbrixTest::expectNames<ReadFailureHandling>({{0, "LogAndContinue"}, {1, "Fail"}, {2, "Retry"}},
                                                readFailureHandlingToString, readFailureHandlingFromString,
                                                static_cast<ReadFailureHandling>(9));
-  EXPECT_EQ(syncModeToString(static_cast<SyncMode>(9)), "");
-  EXPECT_EQ(stateFileModeToString(static_cast<StateFileMode>(9)), "");
-  EXPECT_EQ(readFailureHandlingToString(static_cast<ReadFailureHandling>(9)), "");
-  EXPECT_FALSE(isFatal(ReadFailureHandling::LogAndContinue));
-  EXPECT_TRUE(isFatal(ReadFailureHandling::Fail));
-  EXPECT_TRUE(isFatal(ReadFailureHandling::Retry));
 }
 
 TEST(CSVEventHandlerOptions, EqualityIgnoresOnlyTheFullNameFlag)
@@ -94,7 +86,7 @@ TEST(CSVEventHandlerOptions, EqualityIgnoresOnlyTheFullNameFlag)
   }
 }
 
-TEST(CSVEventHandlerOptions, StreamsEveryKeyInOrderAndReadsItBack)
+TEST(CSVEventHandlerOptions, StreamsEveryKeyInOrderAndReadsItBackTheTrivialGroupToo)
 {
   // A host's locale changes no number of the record.
   const OmbrixTest::GroupingLocale grouping;
@@ -122,23 +114,17 @@ TEST(CSVEventHandlerOptions, StreamsEveryKeyInOrderAndReadsItBack)
     EXPECT_EQ(OmbrixTest::roundTrip(CSVEventHandlerOptions{}, kind, sample()), CSVEventHandlerOptions{});
   }
   OmbrixTest::expectCutsFail(streamed(sample(), DataStreamKind::Binary), sample());
-  // Another handler's group is no CSV options group.
+  // The trivial handler's group is empty, and no CSV options group.
+  EXPECT_EQ(streamed(TrivialEventHandlerOptions{}, DataStreamKind::Text),
+            "<TrivialEventHandlerOptions>\n</TrivialEventHandlerOptions>\n");
+  OmbrixTest::roundTrip(TrivialEventHandlerOptions{}, DataStreamKind::Text);
   FileSystem::DataIStream in(streamed(TrivialEventHandlerOptions{}, DataStreamKind::Binary));
   CSVEventHandlerOptions read;
   in >> read;
   EXPECT_FALSE(in.good());
 }
 
-TEST(TrivialEventHandlerOptions, EmptyGroupRoundTrips)
-{
-  EXPECT_EQ(TrivialEventHandlerOptions{}, TrivialEventHandlerOptions{});
-  EXPECT_EQ(streamed(TrivialEventHandlerOptions{}, DataStreamKind::Text),
-            "<TrivialEventHandlerOptions>\n</TrivialEventHandlerOptions>\n");
-  for (const auto kind : OmbrixTest::kStreamKinds)
-    OmbrixTest::roundTrip(TrivialEventHandlerOptions{}, kind);
-}
-
-TEST(AIEventHandlerOptions, EqualityIsThatOfTheFunctorListInOrder)
+TEST(AIEventHandlerOptions, EqualityIsThatOfTheFunctorsInOrderAndACutStreamLeavesThem)
 {
   const AIEventHandlerOptions base = aiSample();
   AIEventHandlerOptions other = base;
@@ -149,11 +135,7 @@ TEST(AIEventHandlerOptions, EqualityIsThatOfTheFunctorListInOrder)
   EXPECT_TRUE(base != other);
   other.functors.pop_back();
   EXPECT_FALSE(base == other);
-  EXPECT_EQ(AIEventHandlerOptions{}, AIEventHandlerOptions{});
-}
 
-TEST(AIEventHandlerOptions, RoundTripsAndACutStreamLeavesTheFunctors)
-{
   AIEventHandlerOptions one = aiSample();
   one.functors.pop_back();
   for (const auto kind : OmbrixTest::kStreamKinds)

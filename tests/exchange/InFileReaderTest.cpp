@@ -134,17 +134,17 @@ TEST_F(InFileReaderTest, HandlingDecidesBetweenPartialApplyReturnAndThrow)
 
 TEST_F(InFileReaderTest, AttemptsComeFromTheOptionsAndCountOnlyForRetry)
 {
-  const std::tuple<ReadFailureHandling, int, int> cases[] = {{ReadFailureHandling::Retry, 4, 4},
-                                                             {ReadFailureHandling::Retry, 0, 1},
-                                                             {ReadFailureHandling::Fail, 4, 1},
-                                                             {ReadFailureHandling::LogAndContinue, 4, 1}};
-  for (const auto& [handling, tries, attempts] : cases)
+  const auto attempts = [](ReadFailureHandling handling, int tries)
   {
     CSVEventHandlerOptions options;
     options.readFailureHandling = handling;
     options.inFileTryAttempts = tries;
-    EXPECT_EQ(InFileReader(options).getAttempts(), attempts) << tries;
-  }
+    return InFileReader(options).getAttempts();
+  };
+  EXPECT_EQ(attempts(ReadFailureHandling::Retry, 4), 4);
+  EXPECT_EQ(attempts(ReadFailureHandling::Retry, 0), 1);
+  EXPECT_EQ(attempts(ReadFailureHandling::Fail, 4), 1);
+  EXPECT_EQ(attempts(ReadFailureHandling::LogAndContinue, 4), 1);
 }
 
 TEST_F(InFileReaderTest, RetryWaitsForAFileStillBeingWritten)
