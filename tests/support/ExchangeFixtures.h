@@ -58,13 +58,21 @@ public:
     if (m_pid == 0)
     {
       ::close(ready[0]);
-      body(
-          [&]
-          {
-            const char byte = 1;
-            if (::write(ready[1], &byte, 1) != 1)
-              std::_Exit(1);
-          });
+      // Nothing may leave the child but its exit: an escaping exception would run the test program on.
+      try
+      {
+        body(
+            [&]
+            {
+              const char byte = 1;
+              if (::write(ready[1], &byte, 1) != 1)
+                std::_Exit(1);
+            });
+      }
+      catch (...)
+      {
+        std::_Exit(1);
+      }
       std::_Exit(0);
     }
     ::close(ready[1]);
