@@ -1,39 +1,20 @@
 #include "ombrix/exchange/AliveFileReaderWriter.h"
 
+#include "support/ExchangeFixtures.h"
 #include "support/GroupingLocale.h"
 #include "support/TestSupport.h"
 
-#include <chrono>
-#include <ctime>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <thread>
+#include <optional>
 #include <vector>
 
-using Ombrix::AliveFileReaderWriter;
-using OmbrixTest::readFile;
-using OmbrixTest::TempDir;
-using OmbrixTest::writeFile;
+using namespace Ombrix;
+using namespace OmbrixTest;
+using namespace std::chrono_literals;
 
 namespace
 {
-
-using Clock = std::chrono::steady_clock;
-
-std::int64_t millisecondsSince(Clock::time_point start)
-{
-  return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
-}
-
-std::int64_t now()
-{
-  return static_cast<std::int64_t>(std::time(nullptr));
-}
-
-std::string aliveContent(std::int64_t stamp)
-{
-  return std::to_string(stamp) + "\t<END>";
-}
 
 // Threads of this process, to tell whether start() made one.
 std::size_t threadCount()
@@ -42,39 +23,25 @@ std::size_t threadCount()
   return static_cast<std::size_t>(std::distance(begin(tasks), end(tasks)));
 }
 
-// Polls `condition` every 10 ms for at most `limit`; true when it held.
-template <typename Condition> bool eventually(Condition condition, std::chrono::milliseconds limit)
-{
-  const auto deadline = Clock::now() + limit;
-  while (!condition())
-  {
-    if (Clock::now() > deadline)
-      return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
-  return true;
-}
-
 // The stamp of a complete alive file, or -1 when the file is missing or not "<digits>\t<END>".
 std::int64_t completeStamp(const std::string& path)
 {
   const std::string content = readFile(path);
-  const std::string marker = "\t<END>";
-  if (content.size() <= marker.size() ||
-      content.compare(content.size() - marker.size(), marker.size(), marker))
+  const std::size_t tab = content.find('\t');
+  if (tab == 0 || tab == std::string::npos || content.substr(tab) != "\t<END>" ||
+      content.find_first_not_of("0123456789") != tab)
     return -1;
-  const std::string digits = content.substr(0, content.size() - marker.size());
-  if (digits.find_first_not_of("0123456789") != std::string::npos)
-    return -1;
-  return std::stoll(digits);
+  return std::stoll(content.substr(0, tab));
 }
 
-// Counts the checks of a wait loop; with a script, replays verdicts instead of reading a file.
+// Counts the checks of a wait loop; with a script, replays verdicts instead of reading the file.
 class CountingChecker : public AliveFileReaderWriter
 {
 public:
-  using AliveFileReaderWriter::AliveFileReaderWriter;
-  explicit CountingChecker(std::vector<bool> script) : m_script(std::move(script)) {}
+  CountingChecker(const std::string& path, std::vector<bool> script)
+      : AliveFileReaderWriter(path), m_script(std::move(script))
+  {
+  }
 
   bool checkAlive() const override
   {
@@ -94,39 +61,12 @@ private:
 
 } // namespace
 
-TEST(AliveFileReaderWriter, WriterRewritesStampAndStopsWithinASecond)
+TEST(AliveFileReaderWriter, WriterThreadRewritesTheStampEveryIntervalUntilStopped)
 {
   // The writer thread, under a host locale that groups digits, still writes the stamp as plain digits.
-  const OmbrixTest::GroupingLocale grouping;
+  const GroupingLocale grouping;
   TempDir dir;
   const std::string path = dir.file("out.alive");
-  AliveFileReaderWriter writer(path);
-  writer.setInterval(1);
-  const std::int64_t before = now();
-  writer.start();
-  EXPECT_TRUE(writer.isRunning());
-
-  AliveFileReaderWriter checker(path);
-  EXPECT_TRUE(checker.waitForAlive(5000));
-  ASSERT_TRUE(eventually([&] { return completeStamp(path) >= before; }, std::chrono::milliseconds(2000)))
-      << readFile(path);
-  const std::int64_t first = completeStamp(path);
-  EXPECT_LE(first, now());
-  EXPECT_EQ(readFile(path), aliveContent(first));
-
-  // A one-second interval rewrites the file after one or two one-second steps.
-  EXPECT_TRUE(eventually([&] { return completeStamp(path) > first; }, std::chrono::milliseconds(3500)));
-
-  const auto stopping = Clock::now();
-  writer.stop();
-  EXPECT_LE(millisecondsSince(stopping), 2000);
-  EXPECT_FALSE(writer.isRunning());
-}
-
-TEST(AliveFileReaderWriter, StartTwiceRunsOneThreadAndNegativeIntervalWritesOnce)
-{
-  TempDir dir;
-  const std::string path = dir.file("in.alive");
   // A sanitizer's runtime starts a helper thread along with the first thread a program makes; one made
   // and joined first keeps it out of the counts below.
   std::thread([] {}).join();
@@ -134,143 +74,150 @@ TEST(AliveFileReaderWriter, StartTwiceRunsOneThreadAndNegativeIntervalWritesOnce
   {
     AliveFileReaderWriter writer(path);
     writer.stop();
-    EXPECT_FALSE(writer.isRunning());
-
-    writer.setInterval(-1);
+    writer.setInterval(1);
+    const std::int64_t before = std::time(nullptr);
     writer.start();
     writer.start();
+    EXPECT_TRUE(writer.isRunning());
     EXPECT_EQ(threadCount(), threadsBefore + 1);
-    ASSERT_TRUE(eventually([&] { return completeStamp(path) > 0; }, std::chrono::milliseconds(2000)));
-
-    // Longer than one sleeping step: a non-negative interval would have written again by now.
-    std::filesystem::remove(path);
-    std::this_thread::sleep_for(std::chrono::milliseconds(1300));
-    EXPECT_FALSE(std::filesystem::exists(path));
-
+    EXPECT_TRUE(AliveFileReaderWriter(path).waitForAlive(5000));
+    ASSERT_TRUE(eventually([&] { return completeStamp(path) >= before; }, 2000ms)) << readFile(path);
+    const std::int64_t first = completeStamp(path);
+    EXPECT_LE(first, std::time(nullptr));
+    // A one-second interval rewrites the file after one or two one-second steps.
+    EXPECT_TRUE(eventually([&] { return completeStamp(path) > first; }, 3500ms));
+    const auto stopping = SteadyClock::now();
     writer.stop();
     writer.stop();
+    EXPECT_LE(millisecondsSince(stopping), 2000);
     EXPECT_FALSE(writer.isRunning());
     EXPECT_EQ(threadCount(), threadsBefore);
 
+    // A negative interval writes once and then only waits to be stopped (by the destructor).
+    std::filesystem::remove(path);
+    writer.setInterval(-1);
     writer.start();
-    EXPECT_TRUE(writer.isRunning());
-    EXPECT_TRUE(eventually([&] { return completeStamp(path) > 0; }, std::chrono::milliseconds(2000)));
-    // The destructor stops the thread.
+    ASSERT_TRUE(eventually([&] { return completeStamp(path) > 0; }, 2000ms));
+    std::filesystem::remove(path);
+    // Longer than one sleeping step: a non-negative interval would have written again by now.
+    std::this_thread::sleep_for(1300ms);
+    EXPECT_FALSE(std::filesystem::exists(path));
   }
   EXPECT_EQ(threadCount(), threadsBefore);
-}
-
-TEST(AliveFileReaderWriter, NegativeGracePeriodNeedsNoFile)
-{
-  TempDir dir;
-  AliveFileReaderWriter checker(dir.file("missing.alive"));
-  EXPECT_FALSE(checker.isAlive());
-  checker.setGracePeriod(-1);
-  EXPECT_TRUE(checker.checkAlive());
-  EXPECT_TRUE(checker.isAlive());
-  EXPECT_TRUE(checker.waitForAlive(0));
 }
 
 TEST(AliveFileReaderWriter, StampIsJudgedAgainstGracePeriod)
 {
   TempDir dir;
   const std::string path = dir.file("in.alive");
-  const std::int64_t current = now();
-  const std::pair<std::string, bool> cases[] = {
-      {"100\t<END>", false},
-      {aliveContent(current), true},
-      {std::to_string(current) + " <END>\n", true},
-      {aliveContent(current - 25), true},
-      {aliveContent(current - 35), false},
-      {"-5\t<END>", false},
-      {"9223372036854775807\t<END>", true},
-  };
-  for (const auto& [content, alive] : cases)
+  const std::string now = std::to_string(std::time(nullptr));
+  const struct
   {
-    SCOPED_TRACE(content);
-    writeFile(path, content);
+    std::optional<std::string> content; // none: no file
+    int grace;
+    bool alive;
+    bool retried; // read ten times, 200 ms apart, for want of an end marker
+  } cases[] = {
+      {std::nullopt, -1, true, false}, // checking is off: no file needed
+      {"100\t<END>", 30, false, false},
+      {now + "\t<END>", 30, true, false},
+      {now + " <END>\n", 30, true, false},
+      {aliveStamp(-25), 30, true, false},
+      {aliveStamp(-35), 30, false, false},
+      {"-5\t<END>", 30, false, false},
+      {"9223372036854775807\t<END>", 30, true, false},
+      {now, 30, false, true},
+      // A file zero-filled by a power loss.
+      {now + std::string("\t<END>\0", 7), 30, false, true},
+  };
+  for (const auto& c : cases)
+  {
+    SCOPED_TRACE(c.content.value_or("no file"));
+    std::filesystem::remove(path);
+    if (c.content)
+      writeFile(path, *c.content);
     AliveFileReaderWriter checker(path);
-    checker.setGracePeriod(30);
-    EXPECT_EQ(checker.checkAlive(), alive);
-    EXPECT_EQ(checker.isAlive(), alive);
+    EXPECT_FALSE(checker.isAlive());
+    checker.setGracePeriod(c.grace);
+    const auto start = SteadyClock::now();
+    EXPECT_EQ(checker.checkAlive(), c.alive);
+    EXPECT_EQ(checker.isAlive(), c.alive);
+    EXPECT_EQ(millisecondsSince(start) >= 1800, c.retried);
   }
 }
 
-TEST(AliveFileReaderWriter, AcceptedStampSparesTheRead)
+TEST(AliveFileReaderWriter, AcceptedStampSparesTheReadAndAMissingFileKeepsTheVerdict)
 {
   TempDir dir;
   const std::string path = dir.file("in.alive");
   AliveFileReaderWriter checker(path);
   writeFile(path, "100\t<END>");
   EXPECT_FALSE(checker.checkAlive());
-  writeFile(path, aliveContent(now()));
+  writeFile(path, aliveStamp());
   EXPECT_TRUE(checker.checkAlive());
   // Within the grace period of the accepted stamp the file is not read again.
   writeFile(path, "100\t<END>");
   EXPECT_TRUE(checker.checkAlive());
-}
-
-TEST(AliveFileReaderWriter, StampWithoutEndMarkerIsNotAliveAfterTenTries)
-{
-  TempDir dir;
-  const std::string path = dir.file("in.alive");
-  writeFile(path, std::to_string(now()));
-  AliveFileReaderWriter checker(path);
-  const auto start = Clock::now();
-  EXPECT_FALSE(checker.checkAlive());
-  EXPECT_GE(millisecondsSince(start), 1800);
-  EXPECT_FALSE(checker.isAlive());
-}
-
-TEST(AliveFileReaderWriter, MissingFileKeepsLastVerdict)
-{
-  TempDir dir;
-  const std::string path = dir.file("in.alive");
-  writeFile(path, aliveContent(now()));
-  AliveFileReaderWriter checker(path);
-  ASSERT_TRUE(checker.checkAlive());
   std::filesystem::remove(path);
   EXPECT_TRUE(checker.checkAlive());
 
   // Shortening the grace period stands in for waiting until the accepted stamp has expired: the checker
   // must now look for the file, finds none in ten tries and keeps what it said before.
   checker.setGracePeriod(0);
-  const auto start = Clock::now();
+  const auto start = SteadyClock::now();
   EXPECT_TRUE(checker.checkAlive());
   EXPECT_GE(millisecondsSince(start), 1800);
   EXPECT_TRUE(checker.isAlive());
+
+  // A stamp that cannot be written in ten tries is given up.
+  EXPECT_FALSE(AliveFileReaderWriter(dir.file("missing/in.alive")).writeStamp());
+  const std::int64_t before = std::time(nullptr);
+  EXPECT_TRUE(checker.writeStamp());
+  EXPECT_GE(completeStamp(path), before);
+  EXPECT_LE(completeStamp(path), std::time(nullptr));
 }
 
-TEST(AliveFileReaderWriter, WaitEndsAfterTimeoutWithOneMoreCheck)
+TEST(AliveFileReaderWriter, WaitsEndAliveTimedOutOrStopped)
 {
   TempDir dir;
   const std::string path = dir.file("in.alive");
   writeFile(path, "100\t<END>");
-  CountingChecker checker(path);
-  const auto start = Clock::now();
-  EXPECT_FALSE(checker.waitForAlive(250));
-  EXPECT_GE(millisecondsSince(start), 250);
-  // Checks after 0, 100 and 200 ms and a last one once 250 ms have passed, fewer if pauses ran long.
-  EXPECT_GE(checker.checks, 2);
-  EXPECT_LE(checker.checks, 4);
-
-  CountingChecker scripted(std::vector<bool>{false, true});
-  EXPECT_TRUE(scripted.waitForAlive(0));
-  EXPECT_EQ(scripted.checks, 2);
-}
-
-TEST(AliveFileReaderWriter, StopFunctionEndsUnlimitedWait)
-{
-  TempDir dir;
-  const std::string path = dir.file("in.alive");
-  writeFile(path, "100\t<END>");
-  CountingChecker checker(path);
-  int stops = 0;
-  EXPECT_FALSE(checker.waitForAlive([&] { return ++stops == 2; }, -1));
-  EXPECT_EQ(stops, 2);
-  EXPECT_EQ(checker.checks, 2);
-
-  CountingChecker scripted(std::vector<bool>{false, false, true});
-  EXPECT_TRUE(scripted.waitForAlive(-1));
-  EXPECT_EQ(scripted.checks, 3);
+  const struct
+  {
+    std::vector<bool> script; // empty: read the (stale) file
+    int timeout;
+    int stopAt; // the call of the stop function that returns true; 0: never
+    WaitEnd end;
+    int fewestChecks, mostChecks;
+    std::string message; // "stopped after <elapsed> ms " precedes it for a stopped wait
+  } cases[] = {
+      // Checks after 0, 100 and 200 ms and a last one once 250 ms have passed, fewer if pauses ran long.
+      {{}, 250, 0, WaitEnd::TimedOut, 2, 4, "no heartbeat in " + path + " within 250 ms"},
+      // The check after the time-out can still find it alive.
+      {{false, true}, 0, 0, WaitEnd::Reached, 2, 2, "heartbeat in " + path + " is alive"},
+      {{}, -1, 2, WaitEnd::Stopped, 2, 2, "waiting for a heartbeat in " + path},
+      {{false, false, true}, -1, 0, WaitEnd::Reached, 3, 3, "heartbeat in " + path + " is alive"},
+  };
+  for (const auto& c : cases)
+  {
+    SCOPED_TRACE(c.message);
+    CountingChecker checker(path, c.script);
+    int stops = 0;
+    const auto start = SteadyClock::now();
+    const WaitResult result = checker.waitUntilAlive([&] { return ++stops == c.stopAt; }, c.timeout);
+    EXPECT_EQ(result.end, c.end);
+    EXPECT_GE(checker.checks, c.fewestChecks);
+    EXPECT_LE(checker.checks, c.mostChecks);
+    EXPECT_GE(millisecondsSince(start), std::max(c.timeout, 0));
+    EXPECT_EQ(result.message, c.end == WaitEnd::Stopped
+                                  ? "stopped after " + std::to_string(result.elapsed) + " ms " + c.message
+                                  : c.message);
+    if (c.stopAt != 0)
+    {
+      EXPECT_EQ(stops, c.stopAt);
+    }
+  }
+  // The plain forms only tell whether it is alive.
+  EXPECT_TRUE(CountingChecker(path, {false, true}).waitForAlive(-1));
+  EXPECT_FALSE(CountingChecker(path, {false}).waitForAlive([] { return true; }, -1));
 }

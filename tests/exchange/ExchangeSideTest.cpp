@@ -2,90 +2,93 @@
 
 #include "ombrix/platform/AtomicFileWriter.h"
 
+#include "support/ExchangeFixtures.h"
+#include "support/Tables.h"
 #include "support/TestSupport.h"
 
-#include <chrono>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <thread>
 
 using KorvanSDK::SolveState;
-using Ombrix::ExchangeRole;
-using Ombrix::ExchangeSide;
-using Ombrix::WaitEnd;
-using OmbrixTest::TempDir;
-using OmbrixTest::writeFile;
+using namespace Ombrix;
+using namespace OmbrixTest;
 
 namespace
 {
 
-std::string stamp(std::int64_t secondsFromNow)
+void expectEnd(const WaitResult& result, WaitEnd end, const std::string& message)
 {
-  return std::to_string(static_cast<std::int64_t>(std::time(nullptr)) + secondsFromNow) + "\t<END>";
+  EXPECT_EQ(waitEndToString(result.end), waitEndToString(end)) << message;
+  EXPECT_EQ(result.message, message);
+}
+
+std::string stoppedAfter(const WaitResult& result)
+{
+  return "stopped after " + std::to_string(result.elapsed) + " ms waiting for ";
 }
 
 } // namespace
 
 TEST(ExchangeSide, VocabularyTexts)
 {
-  for (auto [end, text] : {std::pair{WaitEnd::Reached, "Reached"},
-                           {WaitEnd::TimedOut, "TimedOut"},
-                           {WaitEnd::Stopped, "Stopped"},
-                           {WaitEnd::PartnerDead, "PartnerDead"},
-                           {WaitEnd::PartnerFailed, "PartnerFailed"}})
-  {
-    EXPECT_EQ(Ombrix::waitEndToString(end), text);
-    EXPECT_EQ(Ombrix::waitEndFromString(text, WaitEnd::Reached), end);
-  }
-  EXPECT_EQ(Ombrix::waitEndFromString("reached", WaitEnd::Stopped), WaitEnd::Stopped);
-  EXPECT_EQ(Ombrix::exchangeRoleToString(ExchangeRole::Client), "client");
-  EXPECT_EQ(Ombrix::exchangeRoleFromString("solver", ExchangeRole::Client), ExchangeRole::Solver);
-  EXPECT_EQ(Ombrix::heartbeatJudgementToString(Ombrix::HeartbeatJudgement::StampChanges), "StampChanges");
-  EXPECT_EQ(Ombrix::heartbeatJudgementFromString("SharedClock", Ombrix::HeartbeatJudgement::StampChanges),
-            Ombrix::HeartbeatJudgement::SharedClock);
+  expectNames<WaitEnd>(
+      {{0, "Reached"}, {1, "TimedOut"}, {2, "Stopped"}, {3, "PartnerDead"}, {4, "PartnerFailed"}},
+      waitEndToString, waitEndFromString, static_cast<WaitEnd>(9));
+  expectNames<ExchangeRole>({{0, "solver"}, {1, "client"}}, exchangeRoleToString, exchangeRoleFromString,
+                            static_cast<ExchangeRole>(9));
+  expectNames<HeartbeatJudgement>({{0, "SharedClock"}, {1, "StampChanges"}}, heartbeatJudgementToString,
+                                  heartbeatJudgementFromString, static_cast<HeartbeatJudgement>(9));
 }
 
 TEST(ExchangeSide, WaitsSayWhyTheyEnded)
 {
   TempDir dir;
-  const std::string alive = dir.file("in.alive");
+  const std::string inAlive = dir.file("in.alive");
+  const std::string def = dir.file("def.csv");
   ExchangeSide solver(ExchangeRole::Solver, dir.path().string(), {.notifiedWaits = true});
   ExchangeSide client(ExchangeRole::Client, dir.path().string());
+  const auto stop = [] { return true; };
 
-  writeFile(alive, "100\t<END>");
-  Ombrix::WaitResult result = solver.waitForPartnerStart(0);
-  EXPECT_EQ(result.end, WaitEnd::TimedOut);
-  EXPECT_EQ(result.message, "the client did not start: no heartbeat in " + alive + " within 0 ms");
-  writeFile(alive, stamp(0));
-  EXPECT_TRUE(solver.waitForPartnerStart(0).reached());
+  writeFile(inAlive, "100\t<END>");
+  expectEnd(solver.waitForPartnerStart(0), WaitEnd::TimedOut,
+            "the client did not start: no heartbeat in " + inAlive + " within 0 ms");
+  WaitResult result = solver.waitForPartnerStart(-1, stop);
+  expectEnd(result, WaitEnd::Stopped, stoppedAfter(result) + "a heartbeat in " + inAlive);
+  writeFile(inAlive, aliveStamp());
+  expectEnd(solver.waitForPartnerStart(0), WaitEnd::Reached, "the client is alive");
 
   client.setState(SolveState::Client_Solving);
   const std::set<SolveState> answer = {SolveState::Client_NewDataReady};
   result = solver.waitForPartnerState(answer, 0);
-  EXPECT_EQ(result.end, WaitEnd::TimedOut);
-  EXPECT_EQ(result.state, SolveState::Client_Solving);
-  EXPECT_EQ(result.message,
+  expectEnd(result, WaitEnd::TimedOut,
             "timed out after 0 ms waiting for the client to reach Client_NewDataReady (last seen: 1002)");
-  result = solver.waitForPartnerState(answer, -1, [] { return true; });
-  EXPECT_EQ(result.end, WaitEnd::Stopped);
-  EXPECT_EQ(result.message, "stopped after " + std::to_string(result.elapsed) +
-                                " ms waiting for the client to reach Client_NewDataReady (last seen: 1002)");
-
+  EXPECT_EQ(result.state, SolveState::Client_Solving);
+  result = solver.waitForPartnerState(answer, -1, stop);
+  expectEnd(result, WaitEnd::Stopped,
+            stoppedAfter(result) + "the client to reach Client_NewDataReady (last seen: 1002)");
   client.setState(SolveState::Failed);
-  result = solver.waitForPartnerState(answer, -1);
-  EXPECT_EQ(result.end, WaitEnd::PartnerFailed);
-  EXPECT_EQ(result.message, "the client reports that it failed");
+  expectEnd(solver.waitForPartnerState(answer, -1), WaitEnd::PartnerFailed,
+            "the client reports that it failed");
+  // Failed, when awaited, is reached like any other state.
+  expectEnd(solver.waitForPartnerState({SolveState::Failed}, 0), WaitEnd::Reached,
+            "the client reached Failed");
   client.setState(SolveState::Client_NewDataReady);
-  result = solver.waitForPartnerState(answer, -1);
-  EXPECT_TRUE(result.reached());
-  EXPECT_EQ(result.message, "the client reached Client_NewDataReady");
+  expectEnd(solver.waitForPartnerState(answer, -1), WaitEnd::Reached,
+            "the client reached Client_NewDataReady");
 
   // A grace period of 0 s finds every stamp too old.
   solver.setHeartbeat(1, 0);
   client.setState(SolveState::Client_Solving);
-  result = solver.waitForPartnerState(answer, -1);
-  EXPECT_EQ(result.end, WaitEnd::PartnerDead);
-  EXPECT_EQ(result.message, "the client stopped answering: its heartbeat in " + alive + " is older than 0 s");
+  expectEnd(solver.waitForPartnerState(answer, -1), WaitEnd::PartnerDead,
+            "the client stopped answering: its heartbeat in " + inAlive + " is older than 0 s");
+
+  // The client waits for the solver's files the same way.
+  writeFile(dir.file("out.alive"), aliveStamp());
+  result = client.waitForFile("def.csv", -1, stop);
+  expectEnd(result, WaitEnd::Stopped, stoppedAfter(result) + "the solver to write " + def);
+  client.setHeartbeat(1, 0);
+  expectEnd(client.waitForFile("def.csv", -1), WaitEnd::PartnerDead,
+            "the solver stopped answering: its heartbeat in " + dir.file("out.alive") + " is older than 0 s");
 }
 
 TEST(ExchangeSide, MissingNotificationsLeaveThePollingPace)
@@ -94,19 +97,18 @@ TEST(ExchangeSide, MissingNotificationsLeaveThePollingPace)
   ExchangeSide solver(ExchangeRole::Solver, dir.path().string(),
                       {.notifiedWaits = true, .ignoreNotifications = true});
   ExchangeSide client(ExchangeRole::Client, dir.path().string());
-  writeFile(dir.file("in.alive"), stamp(0));
+  writeFile(dir.file("in.alive"), aliveStamp());
   client.setState(SolveState::Client_Solving);
   // The answer comes after the first read, as the wait asks its stop function, and no notification can
   // cut the 100-ms pause short: the next read finds it.
   int asked = 0;
-  const Ombrix::WaitResult result =
-      solver.waitForPartnerState({SolveState::Client_NewDataReady}, 10000,
-                                 [&]
-                                 {
-                                   if (asked++ == 0)
-                                     client.setState(SolveState::Client_NewDataReady);
-                                   return false;
-                                 });
+  const WaitResult result = solver.waitForPartnerState({SolveState::Client_NewDataReady}, 10000,
+                                                       [&]
+                                                       {
+                                                         if (asked++ == 0)
+                                                           client.setState(SolveState::Client_NewDataReady);
+                                                         return false;
+                                                       });
   EXPECT_TRUE(result.reached()) << result.message;
   EXPECT_EQ(asked, 1);
   EXPECT_GE(result.elapsed, 100);
@@ -118,14 +120,13 @@ TEST(ExchangeSide, WaitsForACompleteCSVFile)
   const std::string def = dir.file("def.csv");
   ExchangeSide solver(ExchangeRole::Solver, dir.path().string());
   ExchangeSide client(ExchangeRole::Client, dir.path().string(), {.notifiedWaits = true});
-  writeFile(dir.file("out.alive"), stamp(0));
+  writeFile(dir.file("out.alive"), aliveStamp());
   const std::string header = "<<,START,CSV,VER04,>>\nEntityID\n";
   for (const std::string& torn : {std::string(), header, header + std::string(21, '\0') + "\n"})
   {
     writeFile(def, torn);
-    const Ombrix::WaitResult result = client.waitForFile("def.csv", 0);
-    EXPECT_EQ(result.end, WaitEnd::TimedOut);
-    EXPECT_EQ(result.message, "timed out after 0 ms waiting for the solver to write " + def);
+    expectEnd(client.waitForFile("def.csv", 0), WaitEnd::TimedOut,
+              "timed out after 0 ms waiting for the solver to write " + def);
   }
   std::thread writer(
       [&]
@@ -133,9 +134,9 @@ TEST(ExchangeSide, WaitsForACompleteCSVFile)
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
         FileSystem::AtomicFileWriter::replace(def, header + "<<,END,CSV,VER04,>>\n");
       });
-  const Ombrix::WaitResult result = client.waitForFile("def.csv", 10000);
+  const WaitResult result = client.waitForFile("def.csv", 10000);
   writer.join();
-  EXPECT_TRUE(result.reached()) << result.message;
+  expectEnd(result, WaitEnd::Reached, def + " is complete");
 }
 
 TEST(ExchangeSide, ClaimingRemovesTheTemporariesOfItsOwnFilesOnly)
@@ -157,25 +158,23 @@ TEST(ExchangeSide, HeartbeatJudgedByItsChangesNeedsNoSharedClock)
   TempDir dir;
   const std::string alive = dir.file("out.alive");
   ExchangeSide client(ExchangeRole::Client, dir.path().string(),
-                      {.heartbeatJudgement = Ombrix::HeartbeatJudgement::StampChanges});
+                      {.heartbeatJudgement = HeartbeatJudgement::StampChanges});
   client.setHeartbeat(1, 1);
-  Ombrix::AliveFileReaderWriter sameClock(alive);
+  AliveFileReaderWriter sameClock(alive);
   sameClock.setGracePeriod(1);
 
   // The solver's clock is 1000 s behind the client's, and its stamps keep coming.
-  writeFile(alive, stamp(-1000));
+  writeFile(alive, aliveStamp(-1000));
   EXPECT_FALSE(sameClock.checkAlive());
   EXPECT_TRUE(client.partnerHeartbeat().checkAlive());
   std::this_thread::sleep_for(std::chrono::milliseconds(700));
-  writeFile(alive, stamp(-999));
+  writeFile(alive, aliveStamp(-999));
   std::this_thread::sleep_for(std::chrono::milliseconds(700));
   EXPECT_FALSE(sameClock.checkAlive());
   EXPECT_TRUE(client.partnerHeartbeat().checkAlive());
 
   // Then they stop: dead once the last change is a grace period old.
   std::this_thread::sleep_for(std::chrono::milliseconds(1100));
-  const Ombrix::WaitResult result = client.waitForPartnerState({SolveState::Solving}, -1);
-  EXPECT_EQ(result.end, WaitEnd::PartnerDead);
-  EXPECT_EQ(result.message,
+  expectEnd(client.waitForPartnerState({SolveState::Solving}, -1), WaitEnd::PartnerDead,
             "the solver stopped answering: its heartbeat in " + alive + " has not changed for 1 s");
 }

@@ -5,21 +5,19 @@
 #include "ombrix/model/EntityCollection.h"
 #include "ombrix/model/ValueAttribute.h"
 
-#include "support/TestSupport.h"
+#include "log/LogTestSupport.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <thread>
 
 namespace
 {
 
+using namespace Ombrix;
 using namespace Ombrix::Model;
-using KorvanSDK::AccessType;
-using KorvanSDK::AttributeType;
-using KorvanSDK::Chronology;
-using Ombrix::CSVDataFileParser;
-using Ombrix::InFileReader;
-using Ombrix::ReadFailureHandling;
+using namespace KorvanSDK;
 
 // Two entities with one writable pressure each.
 void build(EntityCollection& collection, double first, double second)
@@ -44,30 +42,26 @@ double pressure(EntityCollection& collection, int id)
   return attribute.get(Chronology::Current);
 }
 
-class InFileReaderTest : public ::testing::Test
+// The file to read holds a complete data file of the pressures 10 and 20; the log takes warnings.
+class InFileReaderTest : public OmbrixTest::LogFileFixture
 {
 protected:
-  InFileReaderTest()
+  void SetUp() override
   {
+    LogFileFixture::SetUp();
+    LogManager::instance().initialize(logPath, LogLevel::Warning);
+    EntityCollection source;
     build(source, 10.0, 20.0);
-    build(target, 1.0, 2.0);
-    CSVDataFileParser writer(source, {Chronology::Current});
-    EXPECT_TRUE(writer.saveAs(path));
+    EXPECT_TRUE(CSVDataFileParser(source, {Chronology::Current}).saveAs(path));
     complete = OmbrixTest::readFile(path);
+    build(target, 1.0, 2.0);
   }
 
-  std::string cutOff() const { return complete.substr(0, complete.rfind("<<,END")); }
-  std::string wrongUnitInSecondRow() const
-  {
-    std::string text = complete;
-    text.replace(text.rfind(",Pa"), 3, ",bar");
-    return text;
-  }
+  // The last line logged for the file, without its time stamp.
+  std::string logged() const { return lines().size() > 1 ? OmbrixTest::withoutStamp(lines().back()) : ""; }
 
-  OmbrixTest::TempDir dir;
   const std::string path = dir.file("in.csv");
   std::string complete;
-  EntityCollection source;
   EntityCollection target;
 };
 
@@ -75,74 +69,98 @@ TEST_F(InFileReaderTest, HandlingDecidesBetweenPartialApplyReturnAndThrow)
 {
   const std::string missing = "Missing incoming file " + path;
   const std::string badUnit = path + ", row 4: Invalid Unit expecting Pa but received bar for 2-1:P";
-  struct Case
+  const std::string directory = "Incoming file " + path + " is a directory, not a data file";
+  const std::string fifo = "Incoming file " + path + " is not a regular file";
+  const std::string cutOff = complete.substr(0, complete.rfind("<<,END"));
+  std::string wrongUnitInSecondRow = complete;
+  wrongUnitInSecondRow.replace(wrongUnitInSecondRow.rfind(",Pa"), 3, ",bar");
+  using H = ReadFailureHandling;
+  const struct
   {
-    ReadFailureHandling handling;
-    std::string content; // empty: no file
-    bool returns;        // only when nothing is thrown
-    std::string thrown;  // empty: nothing thrown
+    H handling;
+    std::string content; // or "<none>", "<directory>", "<fifo>"
+    bool returns;        // when nothing is thrown
+    std::string message; // thrown, or logged under LogAndContinue ("": not checked)
     double first, second;
+  } cases[] = {
+      {H::LogAndContinue, complete, true, "", 10.0, 20.0},
+      {H::LogAndContinue, "<none>", false, missing, 1.0, 2.0},
+      {H::LogAndContinue, cutOff, false, "Missing FileFooter", 1.0, 2.0},
+      {H::LogAndContinue, wrongUnitInSecondRow, false, "", 10.0, 2.0},
+      {H::LogAndContinue, "<directory>", false, directory, 1.0, 2.0},
+      {H::LogAndContinue, "<fifo>", false, fifo, 1.0, 2.0},
+      {H::Fail, complete, true, "", 10.0, 20.0},
+      {H::Fail, "<none>", false, missing, 1.0, 2.0},
+      {H::Fail, cutOff, false, "Missing FileFooter", 1.0, 2.0},
+      {H::Fail, wrongUnitInSecondRow, false, badUnit, 1.0, 2.0},
+      {H::Fail, "<directory>", false, directory, 1.0, 2.0},
+      {H::Fail, "<fifo>", false, fifo, 1.0, 2.0},
+      {H::Retry, "<none>", false, missing, 1.0, 2.0},
+      {H::Retry, cutOff, false, "Missing FileFooter", 1.0, 2.0},
+      {H::Retry, wrongUnitInSecondRow, false, badUnit, 1.0, 2.0},
   };
-  const std::vector<Case> cases = {
-      {ReadFailureHandling::LogAndContinue, complete, true, "", 10.0, 20.0},
-      {ReadFailureHandling::LogAndContinue, "", false, "", 1.0, 2.0},
-      {ReadFailureHandling::LogAndContinue, cutOff(), false, "", 1.0, 2.0},
-      {ReadFailureHandling::LogAndContinue, wrongUnitInSecondRow(), false, "", 10.0, 2.0},
-      {ReadFailureHandling::Fail, complete, true, "", 10.0, 20.0},
-      {ReadFailureHandling::Fail, "", false, missing, 1.0, 2.0},
-      {ReadFailureHandling::Fail, cutOff(), false, "Missing FileFooter", 1.0, 2.0},
-      {ReadFailureHandling::Fail, wrongUnitInSecondRow(), false, badUnit, 1.0, 2.0},
-      {ReadFailureHandling::Retry, "", false, missing, 1.0, 2.0},
-      {ReadFailureHandling::Retry, cutOff(), false, "Missing FileFooter", 1.0, 2.0},
-      {ReadFailureHandling::Retry, wrongUnitInSecondRow(), false, badUnit, 1.0, 2.0},
-  };
-  for (std::size_t i = 0; i < cases.size(); ++i)
+  for (std::size_t i = 0; i < std::size(cases); ++i)
   {
-    const Case& c = cases[i];
+    const auto& c = cases[i];
     SCOPED_TRACE(i);
-    std::filesystem::remove(path);
-    if (!c.content.empty())
+    std::filesystem::remove_all(path);
+    if (c.content == "<directory>")
+      std::filesystem::create_directory(path);
+    else if (c.content == "<fifo>")
+      ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    else if (c.content != "<none>")
       OmbrixTest::writeFile(path, c.content);
     EntityCollection collection;
     build(collection, 1.0, 2.0);
     CSVDataFileParser parser(collection, {Chronology::Current});
     const InFileReader reader(c.handling, 3, 1);
-    if (c.thrown.empty())
+    LogManager::instance().initialize(logPath, LogLevel::Warning);
+    if (c.handling == H::LogAndContinue || c.message.empty())
+    {
       EXPECT_EQ(reader.read(parser, path), c.returns);
+    }
     else
-      EXPECT_THROW_MSG(reader.read(parser, path), std::runtime_error, c.thrown);
-    EXPECT_EQ(parser.getFatalErrors(), c.handling != ReadFailureHandling::LogAndContinue);
+    {
+      EXPECT_THROW_MSG(reader.read(parser, path), std::runtime_error, c.message);
+    }
+    // Under Retry a failing file is read three times, each failure but the last reported as a warning.
+    std::vector<std::string> logged;
+    for (const auto& line : bodies())
+      if (line.find("\tExchange : ") != std::string::npos)
+        logged.push_back(line);
+    const std::string prefix = "Exchange : " + path + "\t ";
+    std::vector<std::string> expected;
+    if (c.handling == H::LogAndContinue && !c.message.empty())
+      expected.push_back("\tError\t" + prefix + c.message);
+    for (int attempt = 1; c.handling == H::Retry && attempt < 3; ++attempt)
+      expected.push_back("\tWarning\t" + prefix + "Attempt " + std::to_string(attempt) +
+                         " of 3 failed, reading again: " + c.message);
+    EXPECT_EQ(logged, expected);
+    EXPECT_EQ(parser.getFatalErrors(), c.handling != H::LogAndContinue);
     EXPECT_EQ(pressure(collection, 1), c.first);
     EXPECT_EQ(pressure(collection, 2), c.second);
   }
 }
 
-TEST_F(InFileReaderTest, DirectoryIsRefusedAsSuch)
-{
-  std::filesystem::remove(path);
-  std::filesystem::create_directory(path);
-  CSVDataFileParser parser(target, {Chronology::Current});
-  EXPECT_THROW_MSG(InFileReader(ReadFailureHandling::Fail).read(parser, path), std::runtime_error,
-                   "Incoming file " + path + " is a directory, not a data file");
-  EXPECT_FALSE(InFileReader(ReadFailureHandling::LogAndContinue).read(parser, path));
-}
-
 TEST_F(InFileReaderTest, AttemptsComeFromTheOptionsAndCountOnlyForRetry)
 {
-  Ombrix::CSVEventHandlerOptions options;
-  options.inFileTryAttempts = 4;
-  options.readFailureHandling = ReadFailureHandling::Retry;
-  EXPECT_EQ(InFileReader(options).getAttempts(), 4);
-  options.inFileTryAttempts = 0;
-  EXPECT_EQ(InFileReader(options).getAttempts(), 1);
-  options.inFileTryAttempts = 4;
-  options.readFailureHandling = ReadFailureHandling::Fail;
-  EXPECT_EQ(InFileReader(options).getAttempts(), 1);
+  const auto attempts = [](ReadFailureHandling handling, int tries)
+  {
+    CSVEventHandlerOptions options;
+    options.readFailureHandling = handling;
+    options.inFileTryAttempts = tries;
+    return InFileReader(options).getAttempts();
+  };
+  EXPECT_EQ(attempts(ReadFailureHandling::Retry, 4), 4);
+  EXPECT_EQ(attempts(ReadFailureHandling::Retry, 0), 1);
+  EXPECT_EQ(attempts(ReadFailureHandling::Fail, 4), 1);
+  EXPECT_EQ(attempts(ReadFailureHandling::LogAndContinue, 4), 1);
 }
 
 TEST_F(InFileReaderTest, RetryWaitsForAFileStillBeingWritten)
 {
-  OmbrixTest::writeFile(path, cutOff());
+  const std::string cutOff = complete.substr(0, complete.rfind("<<,END"));
+  OmbrixTest::writeFile(path, cutOff);
   // The writer finishes while the reader retries; it renames a complete file into place, as a writer
   // that must never expose a torn file would.
   std::thread writer(
@@ -158,6 +176,10 @@ TEST_F(InFileReaderTest, RetryWaitsForAFileStillBeingWritten)
   EXPECT_TRUE(applied);
   EXPECT_EQ(pressure(target, 1), 10.0);
   EXPECT_EQ(pressure(target, 2), 20.0);
+  // After the parser's own report of the cut file.
+  EXPECT_EQ(OmbrixTest::withoutStamp(lines().at(2)),
+            "\tWarning\tExchange : " + path +
+                "\t Attempt 1 of 500 failed, reading again: Missing FileFooter");
 }
 
 } // namespace

@@ -2,15 +2,12 @@
 
 #include "ombrix/exchange/InterfaceCSVCommonSolver.h"
 
-#include "support/TestSupport.h"
-
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <optional>
 
 using Ombrix::CSVFileMode;
 using Ombrix::InterfaceCSVCommon;
-using Ombrix::InterfaceCSVCommonSolver;
 
 namespace
 {
@@ -33,48 +30,18 @@ public:
 };
 
 using Interface = Exposed<InterfaceCSVCommon>;
-using SolverInterface = Exposed<InterfaceCSVCommonSolver>;
-
-const char* const directoryVariable = "ZQ_KORVANOMBRIXDIRECTORY";
-
-// Sets or clears the exchange-directory variable for one test and puts the old value back afterwards.
-class DirectoryVariable
-{
-public:
-  explicit DirectoryVariable(const std::optional<std::string>& value)
-  {
-    if (const char* old = std::getenv(directoryVariable))
-      m_saved = old;
-    if (value)
-      ::setenv(directoryVariable, value->c_str(), 1);
-    else
-      ::unsetenv(directoryVariable);
-  }
-  ~DirectoryVariable()
-  {
-    if (m_saved)
-      ::setenv(directoryVariable, m_saved->c_str(), 1);
-    else
-      ::unsetenv(directoryVariable);
-  }
-  DirectoryVariable(const DirectoryVariable&) = delete;
-  DirectoryVariable& operator=(const DirectoryVariable&) = delete;
-
-private:
-  std::optional<std::string> m_saved;
-};
 
 } // namespace
 
-TEST(InterfaceCSVCommon, BareFileNames)
+TEST(InterfaceCSVCommon, FileNamesAndPaths)
 {
+  Interface exchange("C:/exchange/", CSVFileMode::Fixed);
   const std::pair<std::string, std::string> cases[] = {
       {InterfaceCSVCommon::initFile(), "init.csv"},
       {InterfaceCSVCommon::defFile(), "def.csv"},
       {InterfaceCSVCommon::inFile(std::nullopt), "in.csv"},
       {InterfaceCSVCommon::inFile(), "in.csv"},
       {InterfaceCSVCommon::inFile(0), "in0.csv"},
-      {InterfaceCSVCommon::inFile(7), "in7.csv"},
       {InterfaceCSVCommon::inFile(1234567), "in1234567.csv"},
       {InterfaceCSVCommon::outFile(std::nullopt), "out.csv"},
       {InterfaceCSVCommon::outFile(10), "out10.csv"},
@@ -83,19 +50,7 @@ TEST(InterfaceCSVCommon, BareFileNames)
       {InterfaceCSVCommon::outStateFile(), "out.state"},
       {InterfaceCSVCommon::inAliveFile(), "in.alive"},
       {InterfaceCSVCommon::outAliveFile(), "out.alive"},
-  };
-  for (const auto& [name, expected] : cases)
-  {
-    SCOPED_TRACE(expected);
-    EXPECT_EQ(name, expected);
-  }
-}
-
-TEST(InterfaceCSVCommon, PathsInFixedMode)
-{
-  Interface exchange("C:/exchange/", CSVFileMode::Fixed);
-  EXPECT_EQ(exchange.getOmbrixPath(), "C:/exchange");
-  const std::pair<std::string, const char*> cases[] = {
+      {exchange.getOmbrixPath(), "C:/exchange"},
       {exchange.getOutFile(), "C:/exchange/out.csv"},
       {exchange.getInFile(), "C:/exchange/in.csv"},
       {exchange.getOutStateFile(), "C:/exchange/out.state"},
@@ -105,118 +60,83 @@ TEST(InterfaceCSVCommon, PathsInFixedMode)
       {exchange.getDefFile(), "C:/exchange/def.csv"},
       {exchange.getInitFile(), "C:/exchange/init.csv"},
       {exchange.getFile("any name"), "C:/exchange/any name"},
+      // The separator is always a forward slash, and the root is kept.
+      {Interface().getDefFile(), "/def.csv"},
+      {Interface("dir//").getDefFile(), "dir/def.csv"},
+      {Interface("C:\\exchange\\").getDefFile(), "C:\\exchange/def.csv"},
+      {Interface("//").getDefFile(), "/def.csv"},
+      {Interface("//").getOmbrixPath(), "/"},
   };
-  for (const auto& [path, expected] : cases)
+  for (const auto& [name, expected] : cases)
   {
     SCOPED_TRACE(expected);
-    EXPECT_EQ(path, expected);
+    EXPECT_EQ(name, expected);
   }
-  exchange.increaseSequentialFileCounter(3);
-  EXPECT_EQ(exchange.getOutFile(), "C:/exchange/out.csv");
 }
 
-TEST(InterfaceCSVCommon, SeparatorIsAlwaysForwardSlash)
+TEST(InterfaceCSVCommon, OnlyTheConstructorsModeSetsTheCounterAndTheAutomaticFlag)
 {
-  const std::pair<const char*, const char*> cases[] = {
-      {"", "/def.csv"},         {"dir", "dir/def.csv"},
-      {"dir//", "dir/def.csv"}, {"C:\\exchange\\", "C:\\exchange/def.csv"},
-      {"/", "/def.csv"},        {"//", "/def.csv"},
-  };
-  for (const auto& [directory, expected] : cases)
+  const struct
   {
-    SCOPED_TRACE(directory);
-    EXPECT_EQ(Interface(directory).getDefFile(), expected);
+    int mode;
+    std::optional<int> setLater;
+    std::size_t step;
+    const char* in;
+    const char* out;
+    bool automatic;
+  } cases[] = {
+      {2, {}, 0, "/x/in0.csv", "/x/out0.csv", false}, {2, {}, 3, "/x/in3.csv", "/x/out3.csv", false},
+      {2, 1, 2, "/x/in2.csv", "/x/out2.csv", false},  {1, 2, 5, "/x/in.csv", "/x/out.csv", false},
+      {1, -1, 0, "/x/in.csv", "/x/out.csv", false},   {-1, 1, 4, "/x/in.csv", "/x/out.csv", true},
+      {0, {}, 4, "/x/in.csv", "/x/out.csv", false},   {3, {}, 4, "/x/in.csv", "/x/out.csv", false},
+      {-2, {}, 4, "/x/in.csv", "/x/out.csv", false},
+  };
+  for (const auto& c : cases)
+  {
+    SCOPED_TRACE(testing::Message() << c.mode << " then " << c.setLater.value_or(c.mode) << ", +" << c.step);
+    Interface exchange("/x", static_cast<CSVFileMode>(c.mode));
+    if (c.setLater)
+      exchange.setFileMode(static_cast<CSVFileMode>(*c.setLater));
+    exchange.increaseSequentialFileCounter(c.step);
+    EXPECT_EQ(exchange.getFileMode(), static_cast<CSVFileMode>(c.setLater.value_or(c.mode)));
+    EXPECT_EQ(exchange.isAutoFileMode(), c.automatic);
+    EXPECT_EQ(exchange.getInFile(), c.in);
+    EXPECT_EQ(exchange.getOutFile(), c.out);
   }
-  EXPECT_EQ(Interface("//").getOmbrixPath(), "/");
-}
-
-TEST(InterfaceCSVCommon, DefaultsAreEmptyDirectoryAndFixedMode)
-{
-  Interface exchange;
-  EXPECT_EQ(exchange.getOmbrixPath(), "");
-  EXPECT_EQ(exchange.getFileMode(), CSVFileMode::Fixed);
-  EXPECT_FALSE(exchange.isAutoFileMode());
-  EXPECT_EQ(exchange.getInFile(), "/in.csv");
-}
-
-TEST(InterfaceCSVCommon, SequentialModeNumbersBothDataFiles)
-{
-  Interface exchange("/x", CSVFileMode::Sequential);
-  EXPECT_EQ(exchange.getInFile(), "/x/in0.csv");
-  EXPECT_EQ(exchange.getOutFile(), "/x/out0.csv");
-  exchange.increaseSequentialFileCounter(3);
-  EXPECT_EQ(exchange.getInFile(), "/x/in3.csv");
-  EXPECT_EQ(exchange.getOutFile(), "/x/out3.csv");
-  exchange.increaseSequentialFileCounter(1);
-  exchange.increaseSequentialFileCounter(0);
-  EXPECT_EQ(exchange.getInFile(), "/x/in4.csv");
-  EXPECT_EQ(exchange.getOutStateFile(), "/x/out.state");
-  EXPECT_EQ(exchange.getDefFile(), "/x/def.csv");
-  exchange.resetSequentialFileCounter();
-  EXPECT_EQ(exchange.getInFile(), "/x/in0.csv");
-  EXPECT_EQ(exchange.getOutFile(), "/x/out0.csv");
-}
-
-TEST(InterfaceCSVCommon, SetFileModeLeavesCounterAndFlagAlone)
-{
-  Interface fixed("/x", CSVFileMode::Fixed);
-  fixed.setFileMode(CSVFileMode::Sequential);
-  EXPECT_EQ(fixed.getFileMode(), CSVFileMode::Sequential);
-  fixed.increaseSequentialFileCounter(5);
-  EXPECT_EQ(fixed.getInFile(), "/x/in.csv");
-  EXPECT_EQ(fixed.getOutFile(), "/x/out.csv");
-  fixed.setFileMode(CSVFileMode::Automatic);
-  EXPECT_FALSE(fixed.isAutoFileMode());
+  EXPECT_EQ(Interface().getFileMode(), CSVFileMode::Fixed);
 
   Interface sequential("/x", CSVFileMode::Sequential);
-  sequential.increaseSequentialFileCounter(2);
-  sequential.setFileMode(CSVFileMode::Fixed);
-  EXPECT_EQ(sequential.getFileMode(), CSVFileMode::Fixed);
-  EXPECT_EQ(sequential.getInFile(), "/x/in2.csv");
-
-  Interface automatic("/x", CSVFileMode::Automatic);
-  automatic.setFileMode(CSVFileMode::Fixed);
-  EXPECT_TRUE(automatic.isAutoFileMode());
+  for (std::size_t step : {3, 1, 0})
+    sequential.increaseSequentialFileCounter(step);
+  EXPECT_EQ(sequential.getInFile(), "/x/in4.csv");
+  sequential.resetSequentialFileCounter();
+  EXPECT_EQ(sequential.getInFile(), "/x/in0.csv");
+  EXPECT_EQ(sequential.getOutFile(), "/x/out0.csv");
 }
 
-TEST(InterfaceCSVCommon, AutomaticAndOtherModesUseFixedNames)
+TEST(InterfaceCSVCommonSolver, TheEnvironmentOverridesTheDirectory)
 {
-  const std::pair<int, bool> cases[] = {{-1, true}, {0, false}, {1, false}, {3, false}, {-2, false}};
-  for (const auto& [mode, automatic] : cases)
+  using SolverInterface = Exposed<Ombrix::InterfaceCSVCommonSolver>;
+  const char* const variable = "ZQ_KORVANOMBRIXDIRECTORY";
+  const char* const saved = std::getenv(variable);
+  const std::optional<std::string> before = saved ? std::optional<std::string>(saved) : std::nullopt;
+  const std::pair<std::optional<std::string>, const char*> cases[] = {
+      {"/from/env/", "/from/env"}, {"", ""}, {std::nullopt, "/from/argument"}};
+  for (const auto& [value, directory] : cases)
   {
-    SCOPED_TRACE(mode);
-    Interface exchange("/x", static_cast<CSVFileMode>(mode));
-    EXPECT_EQ(exchange.isAutoFileMode(), automatic);
-    EXPECT_EQ(exchange.getFileMode(), static_cast<CSVFileMode>(mode));
-    exchange.increaseSequentialFileCounter(4);
-    EXPECT_EQ(exchange.getInFile(), "/x/in.csv");
-    EXPECT_EQ(exchange.getOutFile(), "/x/out.csv");
+    SCOPED_TRACE(value.value_or("unset"));
+    if (value)
+      ::setenv(variable, value->c_str(), 1);
+    else
+      ::unsetenv(variable);
+    SolverInterface exchange("/from/argument/", CSVFileMode::Sequential);
+    EXPECT_EQ(exchange.getOmbrixPath(), directory);
+    EXPECT_EQ(exchange.getInFile(), directory + std::string("/in0.csv"));
   }
-}
-
-TEST(InterfaceCSVCommonSolver, EnvironmentOverridesDirectory)
-{
-  DirectoryVariable variable(std::string("/from/env/"));
-  SolverInterface exchange("/from/argument", CSVFileMode::Sequential);
-  EXPECT_EQ(exchange.getOmbrixPath(), "/from/env");
-  EXPECT_EQ(exchange.getInFile(), "/from/env/in0.csv");
-  EXPECT_EQ(exchange.getOutStateFile(), "/from/env/out.state");
-}
-
-TEST(InterfaceCSVCommonSolver, EmptyVariableStillCounts)
-{
-  DirectoryVariable variable(std::string(""));
-  SolverInterface exchange("/from/argument");
-  EXPECT_EQ(exchange.getOmbrixPath(), "");
-  EXPECT_EQ(exchange.getDefFile(), "/def.csv");
-}
-
-TEST(InterfaceCSVCommonSolver, WithoutVariableUsesArgument)
-{
-  DirectoryVariable variable(std::nullopt);
-  SolverInterface exchange("/from/argument/", CSVFileMode::Automatic);
-  EXPECT_EQ(exchange.getOmbrixPath(), "/from/argument");
-  EXPECT_TRUE(exchange.isAutoFileMode());
-  EXPECT_EQ(exchange.getOutFile(), "/from/argument/out.csv");
   EXPECT_EQ(SolverInterface().getOmbrixPath(), "");
+  EXPECT_TRUE(SolverInterface("", CSVFileMode::Automatic).isAutoFileMode());
+  if (before)
+    ::setenv(variable, before->c_str(), 1);
+  else
+    ::unsetenv(variable);
 }

@@ -2,29 +2,21 @@
 
 #include "ombrix/exchange/AliveFileReaderWriter.h"
 
+#include "support/ExchangeFixtures.h"
 #include "support/GroupingLocale.h"
 #include "support/TestSupport.h"
 
-#include <chrono>
+#include <filesystem>
 #include <gtest/gtest.h>
-#include <thread>
+#include <optional>
 #include <vector>
 
 using KorvanSDK::SolveState;
-using Ombrix::StateFileReaderWriter;
-using OmbrixTest::readFile;
-using OmbrixTest::TempDir;
-using OmbrixTest::writeFile;
+using namespace Ombrix;
+using namespace OmbrixTest;
 
 namespace
 {
-
-using Clock = std::chrono::steady_clock;
-
-std::int64_t millisecondsSince(Clock::time_point start)
-{
-  return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
-}
 
 SolveState state(int value)
 {
@@ -36,7 +28,10 @@ SolveState state(int value)
 class ScriptedStateFile : public StateFileReaderWriter
 {
 public:
-  explicit ScriptedStateFile(std::vector<SolveState> script) : m_script(std::move(script)) {}
+  ScriptedStateFile(const std::string& path, std::vector<SolveState> script)
+      : StateFileReaderWriter(path), m_script(std::move(script))
+  {
+  }
 
   SolveState readState(int tries) override
   {
@@ -46,83 +41,74 @@ public:
     return next;
   }
 
-  std::size_t reads() const { return tries_.size(); }
   std::vector<int> tries_;
 
 private:
   std::vector<SolveState> m_script;
 };
 
+// A partner heartbeat with a fixed verdict.
+class FixedHeartbeat : public AliveFileReaderWriter
+{
+public:
+  explicit FixedHeartbeat(bool alive) : m_alive(alive) {}
+  bool checkAlive() const override { return m_alive; }
+
+private:
+  bool m_alive;
+};
+
 } // namespace
 
 TEST(StateFileReaderWriter, WritesExactBytesAndReadsThemBack)
 {
+  // Neither a host locale that groups digits nor the tries change a byte, and a write replaces a longer
+  // earlier file whole.
+  const GroupingLocale grouping;
   TempDir dir;
-  const std::pair<int, const char*> cases[] = {
-      {2016, "2016\tCFDSolver_SolveStarted\t<END>"},
-      {21003, "21003\tCFDSolver_NewDataReady\t<END>"},
-      {1003, "1003\tClient_NewDataReady\t<END>"},
-      {1, "1\tInitializing\t<END>"},
-      {-3, "-3\tTimeOut\t<END>"},
-      {-1, "-1\tNoFile\t<END>"},
+  const std::string path = dir.file("out.state");
+  writeFile(path, "120\tWaitingForFNGeneration\t<END> and a long tail from an earlier writer");
+  const struct
+  {
+    int value;
+    int tries;
+    const char* bytes;
+  } cases[] = {
+      {2016, 1, "2016\tCFDSolver_SolveStarted\t<END>"},
+      {21003, 0, "21003\tCFDSolver_NewDataReady\t<END>"},
+      {1003, -5, "1003\tClient_NewDataReady\t<END>"},
+      {1, 3, "1\tInitializing\t<END>"},
+      {-3, 1, "-3\tTimeOut\t<END>"},
+      {-1, 1, "-1\tNoFile\t<END>"},
+      {10, 1, "10\tSolving\t<END>"},
   };
-  StateFileReaderWriter file(dir.file("out.state"));
-  for (const auto& [value, bytes] : cases)
+  StateFileReaderWriter file(path);
+  for (const auto& [value, tries, bytes] : cases)
   {
     SCOPED_TRACE(bytes);
-    EXPECT_TRUE(file.writeState(state(value), 1));
-    EXPECT_EQ(readFile(dir.file("out.state")), bytes);
+    EXPECT_TRUE(file.writeState(state(value), tries));
+    EXPECT_EQ(readFile(path), bytes);
     EXPECT_EQ(file.getState(), state(value));
-    EXPECT_EQ(StateFileReaderWriter(dir.file("out.state")).readState(1), state(value));
+    EXPECT_EQ(StateFileReaderWriter(path).readState(1), state(value));
   }
 }
 
-TEST(StateFileReaderWriter, HostLocaleChangesNoNumber)
+TEST(StateFileReaderWriter, WritesThatCannotBeMade)
 {
-  TempDir dir;
-  const OmbrixTest::GroupingLocale grouping;
-  StateFileReaderWriter file(dir.file("out.state"));
-  EXPECT_TRUE(file.writeState(state(21003), 1));
-  EXPECT_EQ(readFile(dir.file("out.state")), "21003\tCFDSolver_NewDataReady\t<END>");
-  EXPECT_EQ(file.readState(1), state(21003));
-}
+  StateFileReaderWriter noPath;
+  EXPECT_FALSE(noPath.writeState(SolveState::Solving, 1));
+  EXPECT_EQ(noPath.getState(), SolveState::Unknown);
+  EXPECT_FALSE(noPath.exists());
+  EXPECT_EQ(noPath.readState(3), SolveState::NoFile);
 
-TEST(StateFileReaderWriter, WriteTruncatesAndIgnoresTries)
-{
+  // A file that cannot be written is not reported.
   TempDir dir;
-  const std::string path = dir.file("in.state");
-  writeFile(path, "120\tWaitingForFNGeneration\t<END> and a long tail from an earlier writer");
-  StateFileReaderWriter file(path);
-  for (int tries : {0, -5, 3})
-  {
-    SCOPED_TRACE(tries);
-    EXPECT_TRUE(file.writeState(SolveState::Solving, tries));
-    EXPECT_EQ(readFile(path), "10\tSolving\t<END>");
-  }
-}
+  StateFileReaderWriter unwritable(dir.file("missing-folder/out.state"));
+  EXPECT_TRUE(unwritable.writeState(SolveState::Finished, 1));
+  EXPECT_EQ(unwritable.getState(), SolveState::Finished);
+  EXPECT_FALSE(unwritable.exists());
 
-TEST(StateFileReaderWriter, WriteWithoutPathDoesNothing)
-{
-  StateFileReaderWriter file;
-  EXPECT_FALSE(file.writeState(SolveState::Solving, 1));
-  EXPECT_EQ(file.getState(), SolveState::Unknown);
-  EXPECT_FALSE(file.exists());
-  EXPECT_EQ(file.readState(3), SolveState::NoFile);
-}
-
-TEST(StateFileReaderWriter, UnwritableFileIsNotReported)
-{
-  TempDir dir;
-  const std::string path = dir.file("missing-folder/out.state");
-  StateFileReaderWriter file(path);
-  EXPECT_TRUE(file.writeState(SolveState::Finished, 1));
-  EXPECT_EQ(file.getState(), SolveState::Finished);
-  EXPECT_FALSE(file.exists());
-}
-
-TEST(StateFileReaderWriter, StateWithoutTextLeavesEmptyFileAndLastState)
-{
-  TempDir dir;
+  // A state without a text leaves an empty file, which no reader takes for a state, and the last state.
   const std::string path = dir.file("out.state");
   StateFileReaderWriter file(path);
   for (int value : {0, 2003, 13, -4})
@@ -140,189 +126,150 @@ TEST(StateFileReaderWriter, ReadsNumberOnlyWhenEndMarkerFollows)
 {
   TempDir dir;
   const std::string path = dir.file("in.state");
-  const std::pair<const char*, int> cases[] = {
-      {"2016\tCFDSolver_SolveStarted", 0},
-      {"2016\tCFDSolver_SolveStarted\t<END>", 2016},
-      {"2016\tCFDSolver_SolveStarted\t<EN", 0},
-      {"2016", 0},
-      {"21003\tanything at all\t<END>", 21003},
-      {"1003\tCFDSolver_SolveStarted\t<END>", 1003},
-      {"7\tNot a state\t<END>", 7},
-      {"-2\tInActive\t<END>", -2},
-      {"1003<END>", 1003},
-      {"1003 x<END>y", 1003},
-      {" \t1016\tClient_SolveStarted\t<END>\n", 1016},
-      {"2016\tCFDSolver_SolveStarted\t<END>\n99\tmore", 2016},
-      {"2016\tCFDSolver_SolveStarted\n<END>", 0},
+  const std::string complete = "1003\tClient_NewDataReady\t<END>";
+  const struct
+  {
+    std::optional<std::string> content; // none: no file
+    int tries;
+    int expected;
+  } cases[] = {
+      {std::nullopt, 5, -1},
+      {"2016\tCFDSolver_SolveStarted", 1, 0},
+      {"2016\tCFDSolver_SolveStarted\t<END>", 1, 2016},
+      {"2016", 1, 0},
+      {"21003\tanything at all\t<END>", 1, 21003},
+      {"7\tNot a state\t<END>", 1, 7},
+      {"-2\tInActive\t<END>", 1, -2},
+      {"1003<END>", 1, 1003},
+      {" \t1016\tClient_SolveStarted\t<END>\n", 1, 1016},
+      {"2016\tCFDSolver_SolveStarted\t<END>\n99\tmore", 1, 2016},
+      {"2016\tCFDSolver_SolveStarted\n<END>", 1, 0},
+      // A file zero-filled by a power loss.
+      {std::string("1003\tClient_NewDataReady\0\0\t<END>", 32), 1, 0},
+      // A complete file, yet without tries it is not looked at.
+      {complete, 0, -1},
+      {complete, -1, -1},
+      // No number in any try, 100 ms apart.
+      {"abc", 3, -1},
+      {"", 1, -1},
+      {"99999999999\tSolving\t<END>", 1, -1},
   };
-  for (const auto& [content, expected] : cases)
+  for (const auto& c : cases)
   {
-    SCOPED_TRACE(content);
-    writeFile(path, content);
-    StateFileReaderWriter file(path);
-    EXPECT_EQ(file.readState(1), state(expected));
-    EXPECT_EQ(file.getState(), state(expected));
-  }
-}
-
-TEST(StateFileReaderWriter, ZeroTriesOrMissingFileReadAsNoFile)
-{
-  TempDir dir;
-  const std::string path = dir.file("in.state");
-  StateFileReaderWriter file(path);
-  EXPECT_EQ(file.readState(5), SolveState::NoFile);
-  EXPECT_FALSE(file.exists());
-
-  writeFile(path, "1003\tClient_NewDataReady\t<END>");
-  EXPECT_TRUE(file.exists());
-  EXPECT_EQ(file.readState(1), SolveState::Client_NewDataReady);
-  // A complete file, yet without tries it is not looked at.
-  for (int tries : {0, -1})
-  {
-    SCOPED_TRACE(tries);
-    file.writeState(SolveState::Client_NewDataReady, 1);
-    EXPECT_EQ(file.readState(tries), SolveState::NoFile);
-    EXPECT_EQ(file.getState(), SolveState::NoFile);
-  }
-}
-
-TEST(StateFileReaderWriter, UnreadableNumberReadsAsNoFileAfterTries)
-{
-  TempDir dir;
-  const std::string path = dir.file("in.state");
-  const std::pair<const char*, int> cases[] = {{"abc", 3}, {"", 1}, {"99999999999\tSolving\t<END>", 1}};
-  for (const auto& [content, tries] : cases)
-  {
-    SCOPED_TRACE(content);
+    SCOPED_TRACE(c.content.value_or("no file") + ", tries " + std::to_string(c.tries));
     StateFileReaderWriter file(path);
     file.writeState(SolveState::Solving, 1);
-    writeFile(path, content);
-    const auto start = Clock::now();
-    EXPECT_EQ(file.readState(tries), SolveState::NoFile);
-    EXPECT_GE(millisecondsSince(start), (tries - 1) * 100);
-    EXPECT_EQ(file.getState(), SolveState::NoFile);
+    if (c.content)
+      writeFile(path, *c.content);
+    else
+      std::filesystem::remove(path);
+    const auto start = SteadyClock::now();
+    EXPECT_EQ(file.readState(c.tries), state(c.expected));
+    EXPECT_EQ(file.getState(), state(c.expected));
+    EXPECT_EQ(file.exists(), c.content.has_value());
+    if (c.content && c.expected == -1)
+    {
+      EXPECT_GE(millisecondsSince(start), (c.tries - 1) * 100);
+    }
   }
 }
 
-TEST(StateFileReaderWriter, WaitReturnsAtOnceOnWantedState)
+TEST(StateFileReaderWriter, WaitsTellWhyAndWhenTheyEnded)
 {
-  ScriptedStateFile file({SolveState::Client_NewDataReady});
-  int stops = 0;
-  const auto stop = [&] { return ++stops > 0; };
-  EXPECT_EQ(file.waitForState({SolveState::Client_NewDataReady, SolveState::Client_SolveStarted}, stop, -1),
-            SolveState::Client_NewDataReady);
-  EXPECT_EQ(file.reads(), 1u);
-  EXPECT_EQ(stops, 0);
-  EXPECT_EQ(file.waitForState(SolveState::Client_NewDataReady, 0), SolveState::Client_NewDataReady);
-  EXPECT_EQ(file.reads(), 2u);
-}
-
-TEST(StateFileReaderWriter, ZeroTimeoutReturnsSecondReadUntested)
-{
-  ScriptedStateFile file({SolveState::CFDSolver_SolveStarted, SolveState::Client_WaitForData});
-  int stops = 0;
-  const auto start = Clock::now();
+  const std::string path = "/exchange/in.state";
+  const SolveState answer = SolveState::Client_NewDataReady, started = SolveState::CFDSolver_SolveStarted,
+                   solving = SolveState::Client_Solving, waiting = SolveState::Client_WaitForData;
+  const std::string shows = path + " shows Client_NewDataReady";
+  const auto to = [&](int lastSeen)
+  {
+    return " waiting for " + path + " to show Client_NewDataReady (last seen: " + std::to_string(lastSeen) +
+           ")";
+  };
+  const std::string either =
+      "timed out after 250 ms waiting for " + path + " to show 7 or Client_NewDataReady";
+  const std::string dead = "the partner's heartbeat stopped while" + to(1002);
+  const struct
+  {
+    std::vector<SolveState> script; // its last state is the last one read
+    std::set<SolveState> awaited;
+    int timeout;
+    int stopAt;                       // the call of the stop function that returns true; 0: never
+    std::optional<bool> partnerAlive; // none: no partner heartbeat checked
+    WaitEnd end;
+    std::size_t fewestReads, mostReads;
+    std::string message; // "stopped after <elapsed> ms" precedes it for a stopped wait
+  } cases[] = {
+      {{answer}, {answer, SolveState::Client_SolveStarted}, -1, 1, true, WaitEnd::Reached, 1, 1, shows},
+      // The read after the time-out is tested too.
+      {{started, answer}, {answer}, 0, 0, {}, WaitEnd::Reached, 2, 2, shows},
+      {{started, waiting}, {answer}, 0, 0, {}, WaitEnd::TimedOut, 2, 2, "timed out after 0 ms" + to(1001)},
+      // One read before the loop, one after each 100-ms pause; the third pause takes it past 250 ms. A state
+      // without a text is named by its number.
+      {{started}, {answer, state(7)}, 250, 0, true, WaitEnd::TimedOut, 2, 4, either + " (last seen: 2016)"},
+      {{started, solving}, {answer}, -1, 3, {}, WaitEnd::Stopped, 3, 3, to(1002)},
+      {{SolveState::Unknown, SolveState::NoFile, answer}, {answer}, -1, 0, {}, WaitEnd::Reached, 3, 3, shows},
+      // The partner is asked before the stop function.
+      {{solving}, {answer}, -1, 1, false, WaitEnd::PartnerDead, 1, 1, dead},
+  };
+  for (const auto& c : cases)
+  {
+    SCOPED_TRACE(c.message);
+    ScriptedStateFile file(path, c.script);
+    std::optional<FixedHeartbeat> partner;
+    if (c.partnerAlive)
+      partner.emplace(*c.partnerAlive);
+    int stops = 0;
+    const auto start = SteadyClock::now();
+    const WaitResult result = file.waitFor(
+        c.awaited, [&] { return ++stops == c.stopAt; }, c.timeout, partner ? &*partner : nullptr);
+    EXPECT_EQ(result.end, c.end);
+    EXPECT_EQ(result.state, c.script.back());
+    EXPECT_EQ(file.getState(), c.script.back());
+    EXPECT_GE(file.tries_.size(), c.fewestReads);
+    EXPECT_LE(file.tries_.size(), c.mostReads);
+    EXPECT_EQ(file.tries_, std::vector<int>(file.tries_.size(), 5));
+    // The stop function is asked before each pause, and a stopped wait reads no more.
+    EXPECT_EQ(stops + (c.end == WaitEnd::Stopped ? 0u : 1u), file.tries_.size());
+    // A script of several states is read across at least one pause.
+    EXPECT_GE(millisecondsSince(start), std::max(c.timeout, 0) + (c.script.size() > 1 ? 100 : 0));
+    EXPECT_EQ(result.message, c.end == WaitEnd::Stopped
+                                  ? "stopped after " + std::to_string(result.elapsed) + " ms" + c.message
+                                  : c.message);
+  }
+  // The plain forms give the last state read.
+  ScriptedStateFile file(path, {SolveState::Client_Solving, answer});
   EXPECT_EQ(file.waitForState(
-                {SolveState::Client_NewDataReady}, [&] { return ++stops < 0; }, 0),
-            SolveState::Client_WaitForData);
-  EXPECT_GE(millisecondsSince(start), 100);
-  EXPECT_EQ(file.tries_, (std::vector<int>{5, 5}));
-  EXPECT_EQ(stops, 1);
-  EXPECT_EQ(file.getState(), SolveState::Client_WaitForData);
-}
-
-TEST(StateFileReaderWriter, TimeoutEndsWaitAfterItHasPassed)
-{
-  ScriptedStateFile file({SolveState::CFDSolver_SolveStarted});
-  const auto start = Clock::now();
-  EXPECT_EQ(file.waitForState(SolveState::Client_NewDataReady, 250), SolveState::CFDSolver_SolveStarted);
-  EXPECT_GE(millisecondsSince(start), 250);
-  // One read before the loop, one after each 100-ms pause; the third pause takes it past 250 ms.
-  EXPECT_GE(file.reads(), 2u);
-  EXPECT_LE(file.reads(), 4u);
-}
-
-TEST(StateFileReaderWriter, StopEndsUnlimitedWait)
-{
-  ScriptedStateFile file({SolveState::CFDSolver_SolveStarted, SolveState::Client_Solving});
-  int stops = 0;
-  EXPECT_EQ(file.waitForState(
-                SolveState::Client_NewDataReady, [&] { return ++stops == 3; }, -1),
+                answer, [] { return true; }, -1),
             SolveState::Client_Solving);
-  EXPECT_EQ(stops, 3);
-  EXPECT_EQ(file.reads(), 3u);
+  EXPECT_EQ(file.waitForState(
+                {answer}, [] { return false; }, -1),
+            answer);
+  EXPECT_EQ(file.waitForState(answer, 0), answer);
+  EXPECT_EQ(file.waitForState({SolveState::Failed}, 0), answer);
 }
 
-TEST(StateFileReaderWriter, UnlimitedWaitWithoutStopEndsOnWantedState)
-{
-  ScriptedStateFile file({SolveState::Unknown, SolveState::NoFile, SolveState::Client_NewDataReady});
-  EXPECT_EQ(file.waitForState({SolveState::Client_NewDataReady}, -1), SolveState::Client_NewDataReady);
-  EXPECT_EQ(file.reads(), 3u);
-}
-
-TEST(StateFileReaderWriter, WaitSeesStateWrittenByOtherThread)
-{
-  TempDir dir;
-  const std::string path = dir.file("in.state");
-  StateFileReaderWriter solver(path);
-  ASSERT_TRUE(solver.writeState(SolveState::CFDSolver_NewDataReady, 1));
-
-  const auto start = Clock::now();
-  std::thread client(
-      [&]
-      {
-        std::this_thread::sleep_for(std::chrono::milliseconds(150));
-        StateFileReaderWriter(path).writeState(SolveState::Client_NewDataReady, 1);
-      });
-  const SolveState seen = solver.waitForState(SolveState::Client_NewDataReady, 10000);
-  const auto elapsed = millisecondsSince(start);
-  client.join();
-  EXPECT_EQ(seen, SolveState::Client_NewDataReady);
-  EXPECT_GE(elapsed, 150);
-  EXPECT_EQ(solver.getState(), SolveState::Client_NewDataReady);
-}
-
-TEST(StateFileReaderWriter, WaitOnFilesTimesOut)
+TEST(StateFileReaderWriter, WaitSeesTheFileWrittenByAnotherThread)
 {
   TempDir dir;
   const std::string path = dir.file("in.state");
   StateFileReaderWriter reader(path);
-  EXPECT_EQ(reader.waitForState(SolveState::Client_NewDataReady, 0), SolveState::NoFile);
-
-  writeFile(path, "1002\tClient_Solving\t<END>");
-  const auto start = Clock::now();
-  EXPECT_EQ(reader.waitForState(SolveState::Client_NewDataReady, 150), SolveState::Client_Solving);
-  EXPECT_GE(millisecondsSince(start), 150);
-}
-
-TEST(StateFileReaderWriter, ANulByteReadsAsAnIncompleteFile)
-{
-  TempDir dir;
-  const std::string path = dir.file("in.state");
-  writeFile(path, std::string("1003\tClient_NewDataReady\0\0\t<END>", 32));
-  EXPECT_EQ(StateFileReaderWriter(path).readState(1), SolveState::Unknown);
-}
-
-TEST(StateFileReaderWriter, WaitForTellsWhyItEnded)
-{
-  TempDir dir;
-  const std::string path = dir.file("in.state");
-  writeFile(path, "1002\tClient_Solving\t<END>");
-  StateFileReaderWriter reader(path);
-  Ombrix::WaitResult result = reader.waitFor({SolveState::Client_NewDataReady}, {}, 0);
-  EXPECT_EQ(result.end, Ombrix::WaitEnd::TimedOut);
-  EXPECT_EQ(result.message,
-            "timed out after 0 ms waiting for " + path + " to show Client_NewDataReady (last seen: 1002)");
-
-  Ombrix::AliveFileReaderWriter partner(dir.file("in.alive"));
-  writeFile(dir.file("in.alive"), "100\t<END>");
-  result = reader.waitFor({SolveState::Client_NewDataReady}, {}, -1, &partner);
-  EXPECT_EQ(result.end, Ombrix::WaitEnd::PartnerDead);
-  EXPECT_EQ(result.message, "the partner's heartbeat stopped while waiting for " + path +
-                                " to show Client_NewDataReady (last seen: 1002)");
-
-  reader.setSideOptions({.notifiedWaits = true});
-  result = reader.waitFor({SolveState::Client_Solving}, {}, -1);
-  EXPECT_TRUE(result.reached());
-  EXPECT_EQ(result.message, path + " shows Client_Solving");
+  for (const bool notified : {false, true})
+  {
+    SCOPED_TRACE(notified);
+    reader.setSideOptions({.notifiedWaits = notified});
+    writeFile(path, "1002\tClient_Solving\t<END>");
+    const auto waiting = SteadyClock::now();
+    std::thread client(
+        [&]
+        {
+          std::this_thread::sleep_for(std::chrono::milliseconds(150));
+          StateFileReaderWriter(path).writeState(SolveState::Client_NewDataReady, 1);
+        });
+    const WaitResult result = reader.waitFor({SolveState::Client_NewDataReady}, {}, 10000);
+    const auto elapsed = millisecondsSince(waiting);
+    client.join();
+    EXPECT_EQ(result.message, path + " shows Client_NewDataReady");
+    EXPECT_GE(elapsed, 150);
+    EXPECT_EQ(reader.getState(), SolveState::Client_NewDataReady);
+  }
 }

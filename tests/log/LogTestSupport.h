@@ -7,6 +7,8 @@
 #include "support/TestSupport.h"
 
 #include <chrono>
+#include <cstdarg>
+#include <functional>
 #include <gtest/gtest.h>
 #include <regex>
 #include <sstream>
@@ -42,6 +44,9 @@ protected:
     return result;
   }
 
+  // The lines without their time stamps.
+  std::vector<std::string> bodies() const;
+
   TempDir dir;
   std::string logPath = dir.file("ombrix.log");
 };
@@ -57,6 +62,23 @@ inline std::string withoutStamp(const std::string& line)
     return line;
   }
   return match.suffix().str();
+}
+
+inline std::vector<std::string> LogFileFixture::bodies() const
+{
+  std::vector<std::string> result;
+  for (const auto& line : lines())
+    result.push_back(withoutStamp(line));
+  return result;
+}
+
+// Calls `sink` with the arguments after `format` as a va_list, as the v-forms of the log take them.
+inline void withArgs(const std::function<void(const char*, va_list)>& sink, const char* format, ...)
+{
+  va_list args;
+  va_start(args, format);
+  sink(format, args);
+  va_end(args);
 }
 
 // A UTC time point from its calendar parts and a sub-second offset.

@@ -1,161 +1,123 @@
 // The example solver and client as separate processes in one exchange directory: complete runs in both
-// file modes, a partner killed mid-exchange, time-outs, and a torn incoming file. Where one side is
-// played by the test itself, it uses the library's own state and alive files.
+// file modes and with every side option, a partner killed mid-exchange, time-outs, a torn incoming file and
+// refused command lines. Where one side is played by the test itself, it uses the library's own files.
 #include "ombrix/csv/CSVDataFileParser.h"
 #include "ombrix/csv/CSVDefinitionFileParser.h"
 #include "ombrix/exchange/AliveFileReaderWriter.h"
+#include "ombrix/exchange/ExchangeSide.h"
 #include "ombrix/exchange/StateFileReaderWriter.h"
 #include "ombrix/model/EntityCollection.h"
 
+#include "support/ExchangeFixtures.h"
 #include "support/TestSupport.h"
 
-#include <chrono>
-#include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <optional>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <thread>
-#include <unistd.h>
 #include <vector>
-
-extern char** environ;
 
 namespace
 {
 
 using KorvanSDK::SolveState;
 using OmbrixTest::readFile;
-using OmbrixTest::TempDir;
 
-// A child process whose standard output and error go to files; killed if still running when destroyed.
-class Process
+// One exchange directory for the sides of a run; each side's output goes to <side>.stdout and
+// <side>.stderr there.
+struct Sides
 {
-public:
-  Process(const std::string& program, std::vector<std::string> arguments, const std::string& outFile,
-          const std::string& errFile)
+  // Heartbeat 1 s and grace 3 s (the shortest safe pair) keep the detection of a dead partner within a few
+  // seconds.
+  OmbrixTest::ForkedChild start(const std::string& program, const std::string& side,
+                                std::vector<std::string> extra, bool common = true)
   {
-    arguments.insert(arguments.begin(), program);
+    std::vector<std::string> arguments = {program,   "--dir", dir.path().string(), "--heartbeat", "1",
+                                          "--grace", "3"};
+    arguments.resize(common ? arguments.size() : 1);
+    arguments.insert(arguments.end(), extra.begin(), extra.end());
     std::vector<char*> argv;
     for (auto& argument : arguments)
       argv.push_back(argument.data());
     argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, outFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                     0644);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, errFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                     0644);
-    const int error = posix_spawn(&m_pid, program.c_str(), &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    if (error != 0)
-      throw std::runtime_error("cannot start " + program);
+    const std::string out = dir.file(side + ".stdout"), err = dir.file(side + ".stderr");
+    return OmbrixTest::ForkedChild(
+        [&](const std::function<void()>& ready)
+        {
+          ::dup2(::open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), STDOUT_FILENO);
+          ::dup2(::open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), STDERR_FILENO);
+          ready();
+          ::execv(program.c_str(), argv.data());
+          std::_Exit(127);
+        });
   }
-  Process(const Process&) = delete;
-  Process& operator=(const Process&) = delete;
-  ~Process()
+  OmbrixTest::ForkedChild solver(std::vector<std::string> extra, bool common = true)
   {
-    if (!m_status)
-    {
-      ::kill(m_pid, SIGKILL);
-      ::waitpid(m_pid, nullptr, 0);
-    }
+    return start(OMBRIX_EXCHANGE_SOLVER, "solver", std::move(extra), common);
   }
-
-  // The exit code, or nullopt when the process is still running after `limit` (it is then killed, so
-  // that a test fails instead of hanging) or ended by a signal (-signal).
-  std::optional<int> wait(std::chrono::seconds limit = std::chrono::seconds(60))
+  OmbrixTest::ForkedChild client(std::vector<std::string> extra = {})
   {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    while (!m_status)
-    {
-      int status = 0;
-      if (::waitpid(m_pid, &status, WNOHANG) == m_pid)
-        m_status = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-      else if (std::chrono::steady_clock::now() > deadline)
-      {
-        ::kill(m_pid, SIGKILL);
-        ::waitpid(m_pid, nullptr, 0);
-        m_status = -SIGKILL;
-        return std::nullopt;
-      }
-      else
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    return m_status;
+    return start(OMBRIX_EXCHANGE_CLIENT, "client", std::move(extra));
+  }
+  std::string out(const std::string& side) const { return readFile(dir.file(side + ".stdout")); }
+  std::string err(const std::string& side) const { return readFile(dir.file(side + ".stderr")); }
+  SolveState state(const char* name) const
+  {
+    return Ombrix::StateFileReaderWriter(dir.file(name)).readState(1);
   }
 
-  void kill() const { ::kill(m_pid, SIGKILL); }
-
-private:
-  pid_t m_pid = -1;
-  std::optional<int> m_status;
+  OmbrixTest::TempDir dir;
 };
 
-// Heartbeat 1 s and grace 3 s (the shortest safe pair) keep the detection of a dead partner within a few
-// seconds.
-std::vector<std::string> common(const TempDir& dir, std::vector<std::string> extra = {})
+// The test plays the client's heartbeat.
+struct PlayedHeartbeat : Ombrix::AliveFileReaderWriter
 {
-  std::vector<std::string> arguments = {"--dir", dir.path().string(), "--heartbeat", "1", "--grace", "3"};
-  arguments.insert(arguments.end(), extra.begin(), extra.end());
-  return arguments;
-}
-
-std::unique_ptr<Process> start(const char* program, const TempDir& dir, const std::string& side,
-                               std::vector<std::string> arguments)
-{
-  return std::make_unique<Process>(program, std::move(arguments), dir.file(side + ".stdout"),
-                                   dir.file(side + ".stderr"));
-}
+  explicit PlayedHeartbeat(const Sides& run) : AliveFileReaderWriter(run.dir.file("in.alive"))
+  {
+    setInterval(1);
+    start();
+  }
+};
 
 bool contains(const std::string& text, const std::string& part)
 {
   return text.find(part) != std::string::npos;
 }
 
-// Polls until `path` holds `part` (or ten seconds passed).
-bool waitForText(const std::string& path, const std::string& part)
+TEST(ExchangeScenario, SolverAndClientCompleteInBothFileModesAndWithEverySideOption)
 {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-  while (!contains(readFile(path), part))
+  const std::vector<std::string> cases[] = {
+      {"--mode", "Fixed"},
+      {"--mode", "Sequential"},
+      {"--waits", "Polling", "--durable", "1", "--heartbeat-judgement", "StampChanges"},
+  };
+  for (const auto& options : cases)
   {
-    if (std::chrono::steady_clock::now() > deadline)
-      return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  }
-  return true;
-}
+    SCOPED_TRACE(options[1]);
+    Sides run;
+    auto client = run.client(options);
+    std::vector<std::string> solverOptions = options;
+    solverOptions.insert(solverOptions.end(), {"--steps", "3"});
+    auto solver = run.solver(solverOptions);
+    EXPECT_EQ(solver.wait(), 0) << run.err("solver");
+    EXPECT_EQ(client.wait(), 0) << run.err("client");
 
-TEST(ExchangeScenario, SolverAndClientCompleteInBothFileModes)
-{
-  for (const std::string mode : {"Fixed", "Sequential"})
-  {
-    SCOPED_TRACE(mode);
-    TempDir dir;
-    auto client = start(OMBRIX_EXCHANGE_CLIENT, dir, "client", common(dir, {"--mode", mode}));
-    auto solver = start(OMBRIX_EXCHANGE_SOLVER, dir, "solver", common(dir, {"--mode", mode, "--steps", "3"}));
-    EXPECT_EQ(solver->wait(), 0) << readFile(dir.file("solver.stderr"));
-    EXPECT_EQ(client->wait(), 0) << readFile(dir.file("client.stderr"));
-
-    const std::string solverOut = readFile(dir.file("solver.stdout"));
-    const std::string clientOut = readFile(dir.file("client.stdout"));
+    const std::string solverOut = run.out("solver");
     EXPECT_TRUE(contains(solverOut, "solver: finished 3 steps (3 exchanges), simulated 30.0 s")) << solverOut;
-    EXPECT_TRUE(contains(clientOut, "client: 3 exchanges up to t 30.0 s")) << clientOut;
-    EXPECT_EQ(Ombrix::StateFileReaderWriter(dir.file("out.state")).readState(1), SolveState::Finished);
-    EXPECT_EQ(Ombrix::StateFileReaderWriter(dir.file("in.state")).readState(1), SolveState::Finished);
+    EXPECT_TRUE(contains(run.out("client"), "client: 3 exchanges up to t 30.0 s")) << run.out("client");
+    EXPECT_EQ(run.state("out.state"), SolveState::Finished);
+    EXPECT_EQ(run.state("in.state"), SolveState::Finished);
 
-    const bool sequential = mode == "Sequential";
-    EXPECT_EQ(std::filesystem::exists(dir.file("out.csv")), !sequential);
+    const bool sequential = options[1] == "Sequential";
+    EXPECT_EQ(std::filesystem::exists(run.dir.file("out.csv")), !sequential);
     for (const char* name : {"out0.csv", "out2.csv", "in0.csv", "in2.csv"})
-      EXPECT_EQ(std::filesystem::exists(dir.file(name)), sequential) << name;
+      EXPECT_EQ(std::filesystem::exists(run.dir.file(name)), sequential) << name;
 
     // The client's last answer is the heater flux that the solver reports after its last step.
     Ombrix::Model::EntityCollection model;
-    Ombrix::CSVDefinitionFileParser(model).parseFile(dir.file("def.csv"));
+    Ombrix::CSVDefinitionFileParser(model).parseFile(run.dir.file("def.csv"));
     Ombrix::CSVDataFileParser answer(model, {KorvanSDK::Chronology::Current});
     answer.setKorvanSDK(true);
-    EXPECT_TRUE(answer.parseFile(dir.file(sequential ? "in2.csv" : "in.csv")));
+    EXPECT_TRUE(answer.parseFile(run.dir.file(sequential ? "in2.csv" : "in.csv")));
     EXPECT_EQ(answer.getFileSimulationTime().getIteration(), 3);
     const double flux = model.getEntity("Boundary", "Left End")
                             ->getAttribute(Ombrix::Model::AttributePath("Heat Flux"))
@@ -168,87 +130,74 @@ TEST(ExchangeScenario, SolverAndClientCompleteInBothFileModes)
 
 TEST(ExchangeScenario, TheClientEndsTheSolveWithEndOnceSettled)
 {
-  TempDir dir;
-  auto client = start(OMBRIX_EXCHANGE_CLIENT, dir, "client", common(dir, {"--end-when-settled", "3"}));
-  auto solver = start(OMBRIX_EXCHANGE_SOLVER, dir, "solver", common(dir, {"--steps", "1000"}));
-  EXPECT_EQ(solver->wait(), 0) << readFile(dir.file("solver.stderr"));
-  EXPECT_EQ(client->wait(), 0) << readFile(dir.file("client.stderr"));
-  const std::string solverOut = readFile(dir.file("solver.stdout"));
-  EXPECT_TRUE(contains(readFile(dir.file("client.stdout")),
-                       "client: settled within 3.000 K, asking the solver to end\n"));
-  long step = 0;
-  const auto at = solverOut.find("solver: the client asks to end after step ");
-  ASSERT_NE(at, std::string::npos) << solverOut;
-  step = std::stol(solverOut.substr(at + std::string("solver: the client asks to end after step ").size()));
+  Sides run;
+  auto client = run.client({"--end-when-settled", "3"});
+  auto solver = run.solver({"--steps", "1000"});
+  EXPECT_EQ(solver.wait(), 0) << run.err("solver");
+  EXPECT_EQ(client.wait(), 0) << run.err("client");
+  EXPECT_TRUE(contains(run.out("client"), "client: settled within 3.000 K, asking the solver to end\n"));
+  const std::string solverOut = run.out("solver");
+  const std::string asks = "solver: the client asks to end after step ";
+  ASSERT_TRUE(contains(solverOut, asks)) << solverOut;
+  const long step = std::stol(solverOut.substr(solverOut.find(asks) + asks.size()));
   EXPECT_GT(step, 3);
   EXPECT_LT(step, 1000);
-  EXPECT_TRUE(contains(solverOut, "solver: finished " + std::to_string(step) + " steps (" +
-                                      std::to_string(step) + " exchanges)"))
+  const std::string steps = std::to_string(step);
+  EXPECT_TRUE(contains(solverOut, "solver: finished " + steps + " steps (" + steps + " exchanges)"))
       << solverOut;
 }
 
-TEST(ExchangeScenario, AKilledClientIsReportedByTheSolver)
+TEST(ExchangeScenario, ADeadPartnerIsReportedByTheOtherSide)
 {
-  TempDir dir;
-  auto client = start(OMBRIX_EXCHANGE_CLIENT, dir, "client", common(dir));
-  auto solver = start(OMBRIX_EXCHANGE_SOLVER, dir, "solver", common(dir, {"--steps", "1000"}));
-  ASSERT_TRUE(waitForText(dir.file("solver.stdout"), "step   2"));
-  client->kill();
-  EXPECT_EQ(solver->wait(), 2);
-  EXPECT_EQ(readFile(dir.file("solver.stderr")),
-            "exchange_solver: the client stopped answering: its heartbeat in " + dir.file("in.alive") +
-                " is older than 3 s\n");
-  EXPECT_EQ(Ombrix::StateFileReaderWriter(dir.file("out.state")).readState(1), SolveState::Failed);
-}
-
-TEST(ExchangeScenario, ACrashedSolverIsReportedByTheClient)
-{
-  TempDir dir;
-  auto client = start(OMBRIX_EXCHANGE_CLIENT, dir, "client", common(dir));
-  auto solver =
-      start(OMBRIX_EXCHANGE_SOLVER, dir, "solver", common(dir, {"--steps", "10", "--crash-at", "3"}));
-  EXPECT_EQ(solver->wait(), 137);
-  EXPECT_EQ(client->wait(), 2);
-  EXPECT_EQ(readFile(dir.file("client.stderr")),
-            "exchange_client: the solver stopped answering: its heartbeat in " + dir.file("out.alive") +
-                " is older than 3 s\n");
-  EXPECT_TRUE(contains(readFile(dir.file("solver.stdout")), "solver: crashing on purpose at exchange 3\n"));
+  {
+    Sides run;
+    auto client = run.client();
+    auto solver = run.solver({"--steps", "1000"});
+    ASSERT_TRUE(OmbrixTest::eventually([&] { return contains(run.out("solver"), "step   2"); },
+                                       std::chrono::seconds(10)));
+    client.kill();
+    EXPECT_EQ(solver.wait(), 2);
+    EXPECT_EQ(run.err("solver"), "exchange_solver: the client stopped answering: its heartbeat in " +
+                                     run.dir.file("in.alive") + " is older than 3 s\n");
+    EXPECT_EQ(run.state("out.state"), SolveState::Failed);
+  }
+  Sides run;
+  auto client = run.client();
+  auto solver = run.solver({"--steps", "10", "--crash-at", "3"});
+  EXPECT_EQ(solver.wait(), 137);
+  EXPECT_EQ(client.wait(), 2);
+  EXPECT_EQ(run.err("client"), "exchange_client: the solver stopped answering: its heartbeat in " +
+                                   run.dir.file("out.alive") + " is older than 3 s\n");
+  EXPECT_TRUE(contains(run.out("solver"), "solver: crashing on purpose at exchange 3\n"));
 }
 
 TEST(ExchangeScenario, TimeOutsEndTheWaitWithAClearMessage)
 {
-  // No client at all.
+  // No client at all; then a client that is alive but never answers: its heartbeat keeps the wait going
+  // until the time-out.
+  for (const bool heartbeat : {false, true})
   {
-    TempDir dir;
-    auto solver = start(OMBRIX_EXCHANGE_SOLVER, dir, "solver", common(dir, {"--timeout-ms", "300"}));
-    EXPECT_EQ(solver->wait(), 2);
-    EXPECT_EQ(readFile(dir.file("solver.stderr")),
-              "exchange_solver: the client did not start: no heartbeat in " + dir.file("in.alive") +
-                  " within 300 ms\n");
-  }
-  // A client that is alive but never answers: the heartbeat keeps the wait going until the time-out.
-  {
-    TempDir dir;
-    Ombrix::AliveFileReaderWriter heartbeat(dir.file("in.alive"));
-    heartbeat.setInterval(1);
-    heartbeat.start();
-    auto solver = start(OMBRIX_EXCHANGE_SOLVER, dir, "solver", common(dir, {"--timeout-ms", "500"}));
-    EXPECT_EQ(solver->wait(), 2);
-    EXPECT_EQ(readFile(dir.file("solver.stderr")),
-              "exchange_solver: timed out after 500 ms waiting for the client to reach "
-              "FinishedReading_Def_CSV_File (last seen: -1)\n");
+    Sides run;
+    std::optional<PlayedHeartbeat> client;
+    if (heartbeat)
+      client.emplace(run);
+    auto solver = run.solver({"--timeout-ms", heartbeat ? "500" : "300"});
+    EXPECT_EQ(solver.wait(), 2);
+    EXPECT_EQ(run.err("solver"),
+              heartbeat ? "exchange_solver: timed out after 500 ms waiting for the client to reach "
+                          "FinishedReading_Def_CSV_File (last seen: -1)\n"
+                        : "exchange_solver: the client did not start: no heartbeat in " +
+                              run.dir.file("in.alive") + " within 300 ms\n");
   }
 }
 
 TEST(ExchangeScenario, ATornIncomingFileIsNotAppliedAndFailsTheSolver)
 {
-  TempDir dir;
-  Ombrix::AliveFileReaderWriter heartbeat(dir.file("in.alive"));
-  heartbeat.setInterval(1);
-  heartbeat.start();
-  Ombrix::StateFileReaderWriter clientState(dir.file("in.state"));
-  Ombrix::StateFileReaderWriter solverState(dir.file("out.state"));
-  auto solver = start(OMBRIX_EXCHANGE_SOLVER, dir, "solver", common(dir, {"--steps", "5"}));
+  Sides run;
+  const PlayedHeartbeat heartbeat(run);
+  Ombrix::StateFileReaderWriter clientState(run.dir.file("in.state"));
+  Ombrix::StateFileReaderWriter solverState(run.dir.file("out.state"));
+  auto solver = run.solver({"--steps", "5"});
 
   // Play the client up to its first answer, which is cut off before its footer.
   ASSERT_EQ(solverState.waitForState(SolveState::FinishedWriting_Def_CSV_File, 10000),
@@ -256,37 +205,53 @@ TEST(ExchangeScenario, ATornIncomingFileIsNotAppliedAndFailsTheSolver)
   clientState.writeState(SolveState::FinishedReading_Def_CSV_File, 1);
   ASSERT_EQ(solverState.waitForState(SolveState::CFDSolver_NewDataReady, 10000),
             SolveState::CFDSolver_NewDataReady);
-  const std::string out = readFile(dir.file("out.csv"));
-  OmbrixTest::writeFile(dir.file("in.csv"), out.substr(0, out.rfind("<<,END")));
+  const std::string out = readFile(run.dir.file("out.csv"));
+  OmbrixTest::writeFile(run.dir.file("in.csv"), out.substr(0, out.rfind("<<,END")));
   clientState.writeState(SolveState::Client_NewDataReady, 1);
 
-  EXPECT_EQ(solver->wait(), 2);
-  EXPECT_EQ(readFile(dir.file("solver.stderr")), "exchange_solver: Missing FileFooter\n");
+  EXPECT_EQ(solver.wait(), 2);
+  EXPECT_EQ(run.err("solver"), "exchange_solver: Missing FileFooter\n");
   EXPECT_EQ(solverState.readState(1), SolveState::Failed);
-  EXPECT_FALSE(contains(readFile(dir.file("solver.stdout")), "step   1"));
+  EXPECT_FALSE(contains(run.out("solver"), "step   1"));
 }
 
-TEST(ExchangeScenario, BadCommandLinesAreRefusedWithUsage)
+TEST(ExchangeScenario, BadCommandLinesAndATakenSideAreRefused)
 {
-  TempDir dir;
-  const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
-      {{}, "exchange_solver: option '--dir' is required\n"},
-      {{"--dir", dir.path().string(), "--mode", "Automatic"},
-       "exchange_solver: option '--mode' is Fixed or Sequential, not 'Automatic'\n"},
-      {{"--dir", dir.path().string(), "--steps", "ten"},
-       "exchange_solver: option '--steps' wants a whole number, not 'ten'\n"},
-      {{"--bogus", "1"}, "exchange_solver: unknown option '--bogus'\n"},
-      {{"--dir"}, "exchange_solver: option '--dir' needs a value\n"},
-      {{"--dir", dir.path().string(), "--heartbeat", "2", "--grace", "3"},
-       "exchange_solver: the heartbeat must be at least 1 s and the grace period at least 2 s longer\n"},
-  };
-  for (const auto& [arguments, message] : cases)
+  Sides run;
+  const std::string dir = run.dir.path().string();
+  OmbrixTest::TempDir held;
+  const Ombrix::ExchangeSide holder(Ombrix::ExchangeRole::Solver, held.path().string());
+  const struct
   {
-    SCOPED_TRACE(message);
-    auto solver = start(OMBRIX_EXCHANGE_SOLVER, dir, "solver", arguments);
-    EXPECT_EQ(solver->wait(), 1);
-    const std::string err = readFile(dir.file("solver.stderr"));
-    EXPECT_EQ(err.substr(0, err.find("usage:")), message);
+    std::vector<std::string> arguments;
+    int exit;
+    std::string message; // before the usage text
+  } cases[] = {
+      {{}, 1, "exchange_solver: option '--dir' is required\n"},
+      {{"--dir", dir, "--mode", "Automatic"},
+       1,
+       "exchange_solver: option '--mode' is Fixed or Sequential, not 'Automatic'\n"},
+      {{"--dir", dir, "--steps", "ten"},
+       1,
+       "exchange_solver: option '--steps' wants a whole number, not 'ten'\n"},
+      {{"--bogus", "1"}, 1, "exchange_solver: unknown option '--bogus'\n"},
+      {{"--dir"}, 1, "exchange_solver: option '--dir' needs a value\n"},
+      {{"--dir", dir, "--heartbeat", "2", "--grace", "3"},
+       1,
+       "exchange_solver: the heartbeat must be at least 1 s and the grace period at least 2 s longer\n"},
+      {{"--dir", held.path().string()},
+       2,
+       "exchange_solver: The solver side of the exchange directory " + held.path().string() +
+           " is held by process " + std::to_string(::getpid()) + " on host " +
+           FileSystem::FileLock::currentProcess().host +
+           ": stop that solver or give this one another directory\n"},
+  };
+  for (const auto& c : cases)
+  {
+    SCOPED_TRACE(c.message);
+    EXPECT_EQ(run.solver(c.arguments, false).wait(), c.exit);
+    const std::string err = run.err("solver");
+    EXPECT_EQ(err.substr(0, err.find("usage:")), c.message);
   }
 }
 
