@@ -159,6 +159,29 @@ void CSVDataFileParser::checkDataHeader(RowIterator headerRow) const
   checkColumnHeader(headerRow, {}, {&fieldAttributePath});
 }
 
+void CSVDataFileParser::warnOfOtherChronologies(RowIterator headerRow) const
+{
+  // Columns of other chronologies are not read: a reader set up for Current meeting a file written at
+  // Initial applies nothing, and says so.
+  std::string found, expected;
+  bool differ = false;
+  for (Chronology chronology : CSVValueText::allChronologies)
+  {
+    const std::string column = CSVValueText::columnName(chronology);
+    const bool inFile = hasField(column);
+    const bool read = m_chronologies.count(chronology) != 0;
+    differ = differ || inFile != read;
+    if (inFile)
+      found += (found.empty() ? "" : ", ") + column;
+    if (read)
+      expected += (expected.empty() ? "" : ", ") + column;
+  }
+  if (differ)
+    addToLog(LogLevel::Warning, "%sValue columns found: %s; expected: %s. Only the expected columns are read",
+             rowPlace(headerRow).c_str(), found.empty() ? "none" : found.c_str(),
+             expected.empty() ? "none" : expected.c_str());
+}
+
 std::optional<CSVSimulationTime>
 CSVDataFileParser::parseFileTime(const std::string& iteration, const std::string& transient,
                                  const std::string& time, const std::string& timeStep, Chronology chronology)
@@ -554,6 +577,7 @@ std::pair<CSVFileParserBase::RowIterator, bool> CSVDataFileParser::readData(RowI
   if (first == last)
     reportError("Missing column header", true);
   checkDataHeader(first);
+  warnOfOtherChronologies(first);
   Reader reader(*this, columns());
   reader.infoLogged = isLogged(LogLevel::Informational);
 
