@@ -21,7 +21,7 @@ class EntityCollection;
 namespace Ombrix
 {
 
-class OMBRIX_API CSVDataFileParser : public CSVFileParserBase
+class OMBRIX_API CSVDataFileParser final : public CSVFileParserBase
 {
 public:
   using ChronologySet = std::set<KorvanSDK::Chronology>;

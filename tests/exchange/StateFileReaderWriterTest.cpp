@@ -6,6 +6,8 @@
 #include "support/TestSupport.h"
 
 #include <chrono>
+#include <cstdio>
+#include <functional>
 #include <gtest/gtest.h>
 #include <thread>
 #include <vector>
@@ -31,26 +33,41 @@ SolveState state(int value)
   return static_cast<SolveState>(value);
 }
 
-// Replays a list of states instead of reading a file (the last one repeats), so that the wait loops can
-// be checked read by read.
-class ScriptedStateFile : public StateFileReaderWriter
+// Plays a list of states through a real state file: the file shows the first; every call of the stop
+// function that `advancing` gives the wait (made once after each read that missed) shows the next, the
+// last one repeating. Unknown is a file without its end marker, NoFile no file.
+class ScriptedStateFile
 {
 public:
-  explicit ScriptedStateFile(std::vector<SolveState> script) : m_script(std::move(script)) {}
+  explicit ScriptedStateFile(std::vector<SolveState> script) : m_script(std::move(script)) { show(); }
 
-  SolveState readState(int tries) override
+  std::function<bool()> advancing(std::function<bool()> stop = {})
   {
-    tries_.push_back(tries);
-    const SolveState next = m_script[std::min(tries_.size(), m_script.size()) - 1];
-    setState(next);
-    return next;
+    return [this, stop]
+    {
+      ++m_stops;
+      show();
+      return stop && stop();
+    };
   }
+  int stops() const { return m_stops; }
 
-  std::size_t reads() const { return tries_.size(); }
-  std::vector<int> tries_;
+  TempDir dir;
+  StateFileReaderWriter file{dir.file("in.state")};
 
 private:
+  void show()
+  {
+    const SolveState next = m_script[std::min<std::size_t>(m_stops, m_script.size() - 1)];
+    std::remove(dir.file("in.state").c_str());
+    if (next == SolveState::Unknown)
+      writeFile(dir.file("in.state"), "1002\tClient_Solving");
+    else if (next != SolveState::NoFile)
+      StateFileReaderWriter(dir.file("in.state")).writeState(next, 1);
+  }
+
   std::vector<SolveState> m_script;
+  int m_stops = 0;
 };
 
 } // namespace
@@ -206,58 +223,53 @@ TEST(StateFileReaderWriter, UnreadableNumberReadsAsNoFileAfterTries)
 
 TEST(StateFileReaderWriter, WaitReturnsAtOnceOnWantedState)
 {
-  ScriptedStateFile file({SolveState::Client_NewDataReady});
-  int stops = 0;
-  const auto stop = [&] { return ++stops > 0; };
-  EXPECT_EQ(file.waitForState({SolveState::Client_NewDataReady, SolveState::Client_SolveStarted}, stop, -1),
+  ScriptedStateFile script({SolveState::Client_NewDataReady});
+  EXPECT_EQ(script.file.waitForState({SolveState::Client_NewDataReady, SolveState::Client_SolveStarted},
+                                     script.advancing(), -1),
             SolveState::Client_NewDataReady);
-  EXPECT_EQ(file.reads(), 1u);
-  EXPECT_EQ(stops, 0);
-  EXPECT_EQ(file.waitForState(SolveState::Client_NewDataReady, 0), SolveState::Client_NewDataReady);
-  EXPECT_EQ(file.reads(), 2u);
+  EXPECT_EQ(script.stops(), 0) << "one read, no pause";
+  EXPECT_EQ(script.file.waitForState(SolveState::Client_NewDataReady, 0), SolveState::Client_NewDataReady);
 }
 
 TEST(StateFileReaderWriter, ZeroTimeoutReturnsSecondReadUntested)
 {
-  ScriptedStateFile file({SolveState::CFDSolver_SolveStarted, SolveState::Client_WaitForData});
-  int stops = 0;
+  ScriptedStateFile script({SolveState::CFDSolver_SolveStarted, SolveState::Client_WaitForData});
   const auto start = Clock::now();
-  EXPECT_EQ(file.waitForState(
-                {SolveState::Client_NewDataReady}, [&] { return ++stops < 0; }, 0),
+  EXPECT_EQ(script.file.waitForState({SolveState::Client_NewDataReady}, script.advancing(), 0),
             SolveState::Client_WaitForData);
   EXPECT_GE(millisecondsSince(start), 100);
-  EXPECT_EQ(file.tries_, (std::vector<int>{5, 5}));
-  EXPECT_EQ(stops, 1);
-  EXPECT_EQ(file.getState(), SolveState::Client_WaitForData);
+  EXPECT_EQ(script.stops(), 1);
+  EXPECT_EQ(script.file.getState(), SolveState::Client_WaitForData);
 }
 
 TEST(StateFileReaderWriter, TimeoutEndsWaitAfterItHasPassed)
 {
-  ScriptedStateFile file({SolveState::CFDSolver_SolveStarted});
+  ScriptedStateFile script({SolveState::CFDSolver_SolveStarted});
   const auto start = Clock::now();
-  EXPECT_EQ(file.waitForState(SolveState::Client_NewDataReady, 250), SolveState::CFDSolver_SolveStarted);
+  EXPECT_EQ(script.file.waitForState(SolveState::Client_NewDataReady, script.advancing(), 250),
+            SolveState::CFDSolver_SolveStarted);
   EXPECT_GE(millisecondsSince(start), 250);
   // One read before the loop, one after each 100-ms pause; the third pause takes it past 250 ms.
-  EXPECT_GE(file.reads(), 2u);
-  EXPECT_LE(file.reads(), 4u);
+  EXPECT_GE(script.stops() + 1, 2);
+  EXPECT_LE(script.stops() + 1, 4);
 }
 
 TEST(StateFileReaderWriter, StopEndsUnlimitedWait)
 {
-  ScriptedStateFile file({SolveState::CFDSolver_SolveStarted, SolveState::Client_Solving});
+  ScriptedStateFile script({SolveState::CFDSolver_SolveStarted, SolveState::Client_Solving});
   int stops = 0;
-  EXPECT_EQ(file.waitForState(
-                SolveState::Client_NewDataReady, [&] { return ++stops == 3; }, -1),
+  EXPECT_EQ(script.file.waitForState(SolveState::Client_NewDataReady,
+                                     script.advancing([&] { return ++stops == 3; }), -1),
             SolveState::Client_Solving);
   EXPECT_EQ(stops, 3);
-  EXPECT_EQ(file.reads(), 3u);
 }
 
-TEST(StateFileReaderWriter, UnlimitedWaitWithoutStopEndsOnWantedState)
+TEST(StateFileReaderWriter, UnlimitedWaitEndsOnWantedStatePastUnfinishedAndMissingFiles)
 {
-  ScriptedStateFile file({SolveState::Unknown, SolveState::NoFile, SolveState::Client_NewDataReady});
-  EXPECT_EQ(file.waitForState({SolveState::Client_NewDataReady}, -1), SolveState::Client_NewDataReady);
-  EXPECT_EQ(file.reads(), 3u);
+  ScriptedStateFile script({SolveState::Unknown, SolveState::NoFile, SolveState::Client_NewDataReady});
+  EXPECT_EQ(script.file.waitForState({SolveState::Client_NewDataReady}, script.advancing(), -1),
+            SolveState::Client_NewDataReady);
+  EXPECT_EQ(script.stops(), 2);
 }
 
 TEST(StateFileReaderWriter, WaitSeesStateWrittenByOtherThread)
