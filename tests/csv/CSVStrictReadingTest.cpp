@@ -4,7 +4,8 @@
 
 #include "csv/CSVTestModel.h"
 
-#include <cmath>
+#include <map>
+#include <tuple>
 
 namespace
 {
@@ -36,61 +37,35 @@ Table dataRows(const std::string& path, const std::string& text)
 
 TEST(CSVStrictReadingTest, DataValuesWholeOrRefused)
 {
-  struct Case
-  {
-    const char* path;
-    const char* text;
-    double lenient; // what the standard conversion makes of it
-    bool whole;
+  // Path, text, what the standard conversion makes of it, whether the text is entirely that number.
+  const std::tuple<const char*, const char*, double, bool> cases[] = {
+      // clang-format off
+      {"Power", "50OO", 50, false}, {"Power", "5000 W/m2", 5000, false}, {"Power", "5000,5", 5000, false},
+      {"Power", " 12", 12, false}, {"Power", "12 ", 12, false}, {"Power", "1e3", 1000, true},
+      {"Power", "-2.5e-3", -2.5e-3, true}, {"Power", "0x1p3", 8, true}, {"Count", "2.5", 2, false},
+      {"Count", "1e3", 1, false}, {"Count", " 12", 12, false}, {"Count", "+7", 7, true},
+      {"Count", "-2147483648", -2147483648.0, true}, {"Ratio", "0.5f", 0.5, false}, {"Ratio", "0.5", 0.5, true},
+      // clang-format on
   };
-  const Case cases[] = {
-      {"Power", "50OO", 50, false},
-      {"Power", "5000 W/m2", 5000, false},
-      {"Power", "5000,5", 5000, false},
-      {"Power", " 12", 12, false},
-      {"Power", "12 ", 12, false},
-      {"Power", "1e3", 1000, true},
-      {"Power", "-2.5e-3", -2.5e-3, true},
-      {"Power", "0x1p3", 8, true},
-      {"Count", "2.5", 2, false},
-      {"Count", "1e3", 1, false},
-      {"Count", " 12", 12, false},
-      {"Count", "+7", 7, true},
-      {"Count", "-2147483648", -2147483648.0, true},
-      {"Ratio", "0.5f", 0.5, false},
-      {"Ratio", "0.5", 0.5, true},
-  };
-  for (const Case& test : cases)
+  const std::map<std::string, std::string> types{{"Power", "Double"}, {"Count", "Int"}, {"Ratio", "Float"}};
+  for (const auto& [path, text, lenient, whole] : cases)
   {
-    SCOPED_TRACE(std::string(test.path) + " '" + test.text + "'");
-    const Table rows = dataRows(test.path, test.text);
-    EntityCollection lenient, strict;
-    buildHeater(lenient);
-    buildHeater(strict);
-    CSVDataFileParser lenientReader(lenient, {Chronology::Current});
-    EXPECT_TRUE(lenientReader.parseData(rows));
-    EXPECT_EQ(lenient.getEntity(EntityID(5, 1))
-                  ->getAttribute(AttributePath(test.path))
-                  .getDoubleValue(Chronology::Current, false),
-              test.lenient);
-
-    CSVDataFileParser strictReader(strict, {Chronology::Current});
-    strictReader.setStrictNumbers(true);
-    Attribute& target = strict.getEntity(EntityID(5, 1))->getAttribute(AttributePath(test.path));
-    if (test.whole)
-    {
-      EXPECT_TRUE(strictReader.parseData(rows));
-      EXPECT_EQ(target.getDoubleValue(Chronology::Current, false), test.lenient);
-      continue;
-    }
-    const std::string type = test.path == std::string("Power")   ? "Double"
-                             : test.path == std::string("Count") ? "Int"
-                                                                 : "Float";
-    EXPECT_THROW_MSG(strictReader.parseData(rows), AttributeReadError,
-                     "CSV rows, row 3: Invalid value '" + std::string(test.text) +
-                         "' in CurrentValue of 5-1:" + test.path +
-                         ": the text is not entirely a number of type " + type);
-    EXPECT_EQ(target.getDoubleValue(Chronology::Current, false), 0.0) << "nothing applied";
+    SCOPED_TRACE(std::string(path) + " '" + text + "'");
+    EntityCollection model;
+    buildHeater(model);
+    const Attribute& target = model.getEntity(EntityID(5, 1))->getAttribute(AttributePath(path));
+    CSVDataFileParser reader(model, {Chronology::Current});
+    reader.setStrictNumbers(true);
+    if (whole)
+      EXPECT_TRUE(reader.parseData(dataRows(path, text)));
+    else
+      EXPECT_THROW_MSG(reader.parseData(dataRows(path, text)), AttributeReadError,
+                       "CSV rows, row 3: Invalid value '" + std::string(text) + "' in CurrentValue of 5-1:" +
+                           path + ": the text is not entirely a number of type " + types.at(path));
+    EXPECT_EQ(target.getDoubleValue(Chronology::Current, false), whole ? lenient : 0.0);
+    reader.setStrictNumbers(false);
+    EXPECT_TRUE(reader.parseData(dataRows(path, text)));
+    EXPECT_EQ(target.getDoubleValue(Chronology::Current, false), lenient);
   }
 }
 
