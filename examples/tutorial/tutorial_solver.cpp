@@ -43,7 +43,8 @@ void buildModel(EntityCollection& model)
   sensors->setOwnsEntities(true); // def.csv carries owning lists and links only
   model.addRootEntity(std::move(tank));
 
-  // An entity added below a list after its root joined the model: list it again, or the files miss it.
+  // An entity added below a list after its root joined the model is not listed by the model until the list
+  // is rebuilt; def.csv refuses to write it before.
   auto inlet = std::make_unique<Entity>("Sensor", "Inlet", EntityID(3, 1), AccessType::ReadWrite);
   addAttributeAt(*inlet, AttributePath("Reading"), AttributeType::Double, AccessType::ReadOnly, "K");
   sensors->addEntity(std::move(inlet));
