@@ -2,6 +2,7 @@
 // rebuild, for models of N/10 entities with 10 double attributes each (one chronology).
 #include "ombrix/csv/CSVDataFileParser.h"
 #include "ombrix/csv/CSVDefinitionFileParser.h"
+#include "ombrix/log/LogManager.h"
 #include "ombrix/model/EntityCollection.h"
 #include "ombrix/model/ValueAttribute.h"
 
@@ -87,6 +88,27 @@ void BM_DataReadApplyUserWrites(benchmark::State& state)
   std::filesystem::remove(path);
 }
 
+// The same with the log on at the level of range(1) (Warning or Informational); reports the log's bytes per
+// read as a counter.
+void BM_DataReadApplyLogged(benchmark::State& state)
+{
+  EntityCollection collection;
+  buildModel(collection, state.range(0));
+  const std::string path = scratch("in_logged.csv");
+  const std::string logPath = scratch("logged.log");
+  Ombrix::CSVDataFileParser parser(collection, {Chronology::Initial});
+  parser.saveAs(path);
+  Ombrix::LogManager::instance().initialize(logPath, static_cast<Ombrix::LogLevel>(state.range(1)));
+  for (auto _ : state)
+    benchmark::DoNotOptimize(parser.parseFile(path));
+  Ombrix::LogManager::instance().terminate();
+  state.counters["log_bytes_per_read"] =
+      static_cast<double>(std::filesystem::file_size(logPath)) / static_cast<double>(state.iterations());
+  setRate(state, state.range(0));
+  std::filesystem::remove(path);
+  std::filesystem::remove(logPath);
+}
+
 // def.csv rows: one per attribute.
 std::int64_t definitionRows(std::int64_t rows)
 {
@@ -144,6 +166,10 @@ BENCHMARK(BM_DataReadApply)
     ->Complexity()
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_DataReadApplyUserWrites)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DataReadApplyLogged)
+    ->Args({100000, static_cast<int>(Ombrix::LogLevel::Warning)})
+    ->Args({100000, static_cast<int>(Ombrix::LogLevel::Informational)})
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_DefinitionWrite)
     ->RangeMultiplier(10)
     ->Range(1000, 1000000)

@@ -242,7 +242,14 @@ public:
   void setState(SolveState state) const { m_side.setState(state); }
 
   // Gives a parser that writes this side's files the side's write options.
-  void prepare(Ombrix::CSVFileParserBase& parser) const { m_side.applyTo(parser); }
+  // The side's write options, and the reading and writing of numbers that a coupling wants: a value not
+  // entirely a number ("50OO") is refused instead of read as 50, and numbers travel with every digit.
+  void prepare(Ombrix::CSVFileParserBase& parser) const
+  {
+    m_side.applyTo(parser);
+    parser.setStrictNumbers(true);
+    parser.setNumberFormat(Ombrix::Model::NumberFormat::RoundTrip);
+  }
 
   // Waits for the partner's first heartbeat.
   void waitForPartner()

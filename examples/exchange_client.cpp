@@ -82,6 +82,7 @@ private:
     Stopwatch watch;
     m_side.setState(SolveState::Reading_Def_CSV_File);
     Ombrix::CSVDefinitionFileParser definition(m_model);
+    m_side.prepare(definition);
     definition.parseFile(m_files.getDefFile());
     Entity* solid = m_model.getEntity("Solid", "Rod");
     if (!solid)

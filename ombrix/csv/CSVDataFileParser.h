@@ -21,7 +21,7 @@ class EntityCollection;
 namespace Ombrix
 {
 
-class OMBRIX_API CSVDataFileParser : public CSVFileParserBase
+class OMBRIX_API CSVDataFileParser final : public CSVFileParserBase
 {
 public:
   using ChronologySet = std::set<KorvanSDK::Chronology>;
@@ -116,6 +116,8 @@ private:
   void writeAttributeRows(const Columns& columns, const Row& identity, std::string& pathPrefix,
                           const Model::Attribute& attribute, CSVRowSink& out) const;
   const Model::Entity* solutionControlEntity() const;
+  // Logs a warning when the file's value columns are not those of the parser's chronologies.
+  void warnOfOtherChronologies(RowIterator headerRow) const;
   // Throws std::runtime_error (logged) for an attribute name that a path cannot carry.
   [[noreturn]] void refuseName(const std::string& id, const std::string& parentPath,
                                const std::string& name) const;

@@ -18,7 +18,7 @@ class EntityCollection;
 namespace Ombrix
 {
 
-class OMBRIX_API CSVDefinitionFileParser : public CSVFileParserBase
+class OMBRIX_API CSVDefinitionFileParser final : public CSVFileParserBase
 {
 public:
   using ChronologySet = std::set<KorvanSDK::Chronology>;

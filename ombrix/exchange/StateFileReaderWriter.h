@@ -21,7 +21,7 @@ class AliveFileReaderWriter;
 // File content, ASCII without a line end: the state's number, a tab, its text, then "\t<END>", for
 // example "2016\tCFDSolver_SolveStarted\t<END>". A reader takes a file without "<END>" for one that is
 // still being written.
-class OMBRIX_API StateFileReaderWriter
+class OMBRIX_API StateFileReaderWriter final
 {
 public:
   StateFileReaderWriter();
@@ -30,7 +30,7 @@ public:
   StateFileReaderWriter(StateFileReaderWriter&&) = default;
   StateFileReaderWriter& operator=(const StateFileReaderWriter&) = default;
   StateFileReaderWriter& operator=(StateFileReaderWriter&&) = default;
-  // Not virtual: objects are held by value and never deleted through a base pointer.
+  // Not virtual: objects are held by value, and the class is final, so none is deleted through a base.
   ~StateFileReaderWriter() = default;
 
   // Replaces the file's content with `state` and records it as the last known state. The content goes to

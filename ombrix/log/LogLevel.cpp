@@ -21,4 +21,15 @@ std::string toString(LogLevel level)
   return "None";
 }
 
+LogLevel logLevelFromString(const std::string& text, LogLevel fallback)
+{
+  for (int value = 0; value <= 4; ++value)
+  {
+    const auto level = static_cast<LogLevel>(value);
+    if (text == toString(level) || text == std::to_string(value))
+      return level;
+  }
+  return fallback;
+}
+
 } // namespace Ombrix

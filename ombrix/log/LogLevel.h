@@ -21,5 +21,7 @@ enum class LogLevel : std::int32_t
 
 // "None", "Error", "Warning", "Message", "Informational"; any other value gives "None".
 OMBRIX_API std::string toString(LogLevel level);
+// The level named `text` (one of the names above, exactly, or its number 0 to 4); `fallback` otherwise.
+OMBRIX_API LogLevel logLevelFromString(const std::string& text, LogLevel fallback);
 
 } // namespace Ombrix

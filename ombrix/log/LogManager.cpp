@@ -3,6 +3,7 @@
 #include "ombrix/log/LogSection.h"
 #include "ombrix/platform/ClassicCLocaleScope.h"
 #include "ombrix/platform/FileCloser.h"
+#include "ombrix/platform/SystemEnvironmentVariables.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -10,6 +11,7 @@
 #include <ctime>
 #include <iomanip>
 #include <locale>
+#include <optional>
 #include <ratio>
 #include <sstream>
 #include <system_error>
@@ -66,8 +68,16 @@ void LogManager::initialize(const std::string& path, LogLevel level)
       std::fprintf(file.get(), "[%s]:\t\tLogger Logging Started\n", stamp.c_str());
     }
   }
+  const std::optional<std::string> wanted =
+      FileSystem::SystemEnvironmentVariables::instance().get(levelVariable);
+  const LogLevel chosen = wanted ? logLevelFromString(*wanted, level) : level;
   // Stored last, so that no line passes the level test before the start line is on disk.
-  m_level.store(level);
+  m_level.store(chosen);
+  if (wanted && toString(chosen) != *wanted && std::to_string(static_cast<int>(chosen)) != *wanted)
+    addToLog(LogLevel::Error,
+             "%s='%s' is no log level (None, Error, Warning, Message, Informational or 0 to 4); "
+             "the level stays %s",
+             levelVariable.c_str(), wanted->c_str(), toString(level).c_str());
 }
 
 void LogManager::terminate()

@@ -51,8 +51,11 @@ public:
 
   // Stores `path` and then `level`. A non-empty path makes the manager active: the file is created
   // or truncated and the start line written. An empty path switches logging off but still stores the
-  // level.
+  // level. The environment variable OMBRIX_LOG_LEVEL, when set, overrides `level` without recompiling
+  // the host: a level name ("Informational") or number ("4"); a value that is neither keeps `level` and
+  // is reported by an Error line after the start line.
   void initialize(const std::string& path, LogLevel level);
+  static inline const std::string levelVariable = "OMBRIX_LOG_LEVEL";
   // Writes the finish line and switches logging off; the level stays. Does nothing when inactive.
   void terminate();
   bool isActive() const;

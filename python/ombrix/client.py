@@ -33,6 +33,7 @@ from ombrix._ombrix import (
     Error,
     ExchangeFiles,
     Model,
+    NumberFormat,
     Options,
     ReadFailureHandling,
     SimulationTime,
@@ -313,7 +314,7 @@ class Client:
             hs.wait_for_partner()
             hs.wait_for(SolveState.FinishedWriting_Def_CSV_File)
             hs.set_state(SolveState.Reading_Def_CSV_File)
-            self.model = Model.read_definition(self.files.def_file)
+            self.model = Model.read_definition(self.files.def_file, strict_numbers=True)
             self.inputs = self._slots(self._input_keys, _READABLE)
             self.outputs = self._slots(self._output_keys, _WRITABLE)
             self.data = DataFile(
@@ -324,6 +325,9 @@ class Client:
                 attempts=self.options.in_file_try_attempts,
             )
             self.data.use_full_entity_names = self.options.use_full_entity_names
+            # "50OO" is refused rather than read as 50, and numbers travel with every digit.
+            self.data.strict_numbers = True
+            self.data.number_format = NumberFormat.RoundTrip
             hs.set_state(SolveState.FinishedReading_Def_CSV_File)
         self.handshake.waiting = 0.0  # the exchanges alone, not the start
         self._loop_start = time.monotonic()

@@ -291,13 +291,14 @@ void collectAttributes(Ombrix::Model::CompositeAttribute& composite, std::vector
   throw py::error_already_set();
 }
 
-ModelPtr readDefinition(const std::string& path)
+ModelPtr readDefinition(const std::string& path, bool strictNumbers)
 {
   auto model = std::make_shared<ModelState>();
   bool read = false;
   {
     py::gil_scoped_release released;
     Ombrix::CSVDefinitionFileParser parser(model->collection);
+    parser.setStrictNumbers(strictNumbers);
     read = parser.parseFile(path);
   }
   if (!read)
@@ -309,7 +310,8 @@ ModelPtr readDefinition(const std::string& path)
   return model;
 }
 
-void writeDefinition(const ModelPtr& model, const std::string& path, const std::set<Chronology>& chronologies)
+void writeDefinition(const ModelPtr& model, const std::string& path, const std::set<Chronology>& chronologies,
+                     Ombrix::Model::NumberFormat format)
 {
   bool written = false;
   {
@@ -317,6 +319,7 @@ void writeDefinition(const ModelPtr& model, const std::string& path, const std::
     std::lock_guard lock(model->mutex);
     Ombrix::CSVDefinitionFileParser parser(model->collection);
     parser.setChronologies(chronologies);
+    parser.setNumberFormat(format);
     written = parser.saveAs(path);
   }
   if (!written)
@@ -523,11 +526,13 @@ void bindModel(py::module_& module)
 
   py::class_<ModelState, ModelPtr>(
       module, "Model", "The exchanged model: entities with attribute trees, as read from def.csv.")
-      .def_static("read_definition", &readDefinition, "path"_a,
+      .def_static("read_definition", &readDefinition, "path"_a, "strict_numbers"_a = false,
                   "Rebuilds the model described by a definition file (def.csv). Raises FileNotFoundError "
-                  "for a missing file and the library's errors for a bad one.")
+                  "for a missing file and the library's errors for a bad one; with `strict_numbers` a value "
+                  "that is not entirely a number of its type is one of them.")
       .def("write_definition", &writeDefinition, "path"_a,
            "chronologies"_a = std::set<Chronology>{Chronology::Initial, Chronology::Current},
+           "number_format"_a = Ombrix::Model::NumberFormat::Fixed,
            "Writes the model as a definition file with one value column per chronology.")
       .def("__len__", [](const ModelState& m) { return m.collection.size(); })
       .def_property_readonly(

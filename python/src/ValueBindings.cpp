@@ -588,7 +588,12 @@ void bindValues(py::module_& module)
           "Rows of unknown entities or attributes are passed over instead of refused.")
       .def_property(
           "number_format", [](const DataFile& f) { return f.parser.getNumberFormat(); },
-          [](DataFile& f, Ombrix::Model::NumberFormat format) { f.parser.setNumberFormat(format); });
+          [](DataFile& f, Ombrix::Model::NumberFormat format) { f.parser.setNumberFormat(format); })
+      .def_property(
+          "strict_numbers", [](const DataFile& f) { return f.parser.getStrictNumbers(); },
+          [](DataFile& f, bool strict) { f.parser.setStrictNumbers(strict); },
+          "A value whose whole text is not a number of its attribute's type (\"50OO\", \"2.5\" for an Int) "
+          "is refused instead of read as the number it starts with (off by default).");
 
   py::class_<View>(module, "View",
                    "A fixed list of Int, Bool, Float or Double attributes mapped to the slots of a float64 "

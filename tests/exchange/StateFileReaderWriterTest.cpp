@@ -7,6 +7,7 @@
 #include "support/TestSupport.h"
 
 #include <filesystem>
+#include <functional>
 #include <gtest/gtest.h>
 #include <optional>
 #include <vector>
@@ -23,28 +24,45 @@ SolveState state(int value)
   return static_cast<SolveState>(value);
 }
 
-// Replays a list of states instead of reading a file (the last one repeats), so that the wait loops can
-// be checked read by read.
-class ScriptedStateFile : public StateFileReaderWriter
+// Plays a list of states through a real state file: the file shows the first; every call of the stop
+// function that `advancing` gives the wait (made once after each read that missed) shows the next, the
+// last one repeating. Unknown is a file without its end marker, NoFile no file.
+class ScriptedStateFile
 {
 public:
-  ScriptedStateFile(const std::string& path, std::vector<SolveState> script)
-      : StateFileReaderWriter(path), m_script(std::move(script))
+  ScriptedStateFile(std::string path, std::vector<SolveState> script)
+      : file(path), m_path(std::move(path)), m_script(std::move(script))
   {
+    show();
   }
 
-  SolveState readState(int tries) override
+  std::function<bool()> advancing(std::function<bool()> stop = {})
   {
-    tries_.push_back(tries);
-    const SolveState next = m_script[std::min(tries_.size(), m_script.size()) - 1];
-    setState(next);
-    return next;
+    return [this, stop]
+    {
+      ++m_stops;
+      show();
+      return stop && stop();
+    };
   }
+  int stops() const { return m_stops; }
 
-  std::vector<int> tries_;
+  StateFileReaderWriter file;
 
 private:
+  void show()
+  {
+    const SolveState next = m_script[std::min<std::size_t>(m_stops, m_script.size() - 1)];
+    std::filesystem::remove(m_path);
+    if (next == SolveState::Unknown)
+      writeFile(m_path, "1002\tClient_Solving");
+    else if (next != SolveState::NoFile)
+      StateFileReaderWriter(m_path).writeState(next, 1);
+  }
+
+  std::string m_path;
   std::vector<SolveState> m_script;
+  int m_stops = 0;
 };
 
 // A partner heartbeat with a fixed verdict.
@@ -176,7 +194,8 @@ TEST(StateFileReaderWriter, ReadsNumberOnlyWhenEndMarkerFollows)
 
 TEST(StateFileReaderWriter, WaitsTellWhyAndWhenTheyEnded)
 {
-  const std::string path = "/exchange/in.state";
+  TempDir dir;
+  const std::string path = dir.file("in.state");
   const SolveState answer = SolveState::Client_NewDataReady, started = SolveState::CFDSolver_SolveStarted,
                    solving = SolveState::Client_Solving, waiting = SolveState::Client_WaitForData;
   const std::string shows = path + " shows Client_NewDataReady";
@@ -214,22 +233,22 @@ TEST(StateFileReaderWriter, WaitsTellWhyAndWhenTheyEnded)
   for (const auto& c : cases)
   {
     SCOPED_TRACE(c.message);
-    ScriptedStateFile file(path, c.script);
+    ScriptedStateFile script(path, c.script);
     std::optional<FixedHeartbeat> partner;
     if (c.partnerAlive)
       partner.emplace(*c.partnerAlive);
     int stops = 0;
     const auto start = SteadyClock::now();
-    const WaitResult result = file.waitFor(
-        c.awaited, [&] { return ++stops == c.stopAt; }, c.timeout, partner ? &*partner : nullptr);
+    const WaitResult result =
+        script.file.waitFor(c.awaited, script.advancing([&] { return ++stops == c.stopAt; }), c.timeout,
+                            partner ? &*partner : nullptr);
     EXPECT_EQ(result.end, c.end);
     EXPECT_EQ(result.state, c.script.back());
-    EXPECT_EQ(file.getState(), c.script.back());
-    EXPECT_GE(file.tries_.size(), c.fewestReads);
-    EXPECT_LE(file.tries_.size(), c.mostReads);
-    EXPECT_EQ(file.tries_, std::vector<int>(file.tries_.size(), 5));
+    EXPECT_EQ(script.file.getState(), c.script.back());
     // The stop function is asked before each pause, and a stopped wait reads no more.
-    EXPECT_EQ(stops + (c.end == WaitEnd::Stopped ? 0u : 1u), file.tries_.size());
+    const std::size_t reads = script.stops() + (c.end == WaitEnd::Stopped ? 0u : 1u);
+    EXPECT_GE(reads, c.fewestReads);
+    EXPECT_LE(reads, c.mostReads);
     // A script of several states is read across at least one pause.
     EXPECT_GE(millisecondsSince(start), std::max(c.timeout, 0) + (c.script.size() > 1 ? 100 : 0));
     EXPECT_EQ(result.message, c.end == WaitEnd::Stopped
@@ -237,15 +256,12 @@ TEST(StateFileReaderWriter, WaitsTellWhyAndWhenTheyEnded)
                                   : c.message);
   }
   // The plain forms give the last state read.
-  ScriptedStateFile file(path, {SolveState::Client_Solving, answer});
-  EXPECT_EQ(file.waitForState(
-                answer, [] { return true; }, -1),
+  ScriptedStateFile script(path, {SolveState::Client_Solving, answer});
+  EXPECT_EQ(script.file.waitForState(answer, script.advancing([] { return true; }), -1),
             SolveState::Client_Solving);
-  EXPECT_EQ(file.waitForState(
-                {answer}, [] { return false; }, -1),
-            answer);
-  EXPECT_EQ(file.waitForState(answer, 0), answer);
-  EXPECT_EQ(file.waitForState({SolveState::Failed}, 0), answer);
+  EXPECT_EQ(script.file.waitForState({answer}, script.advancing(), -1), answer);
+  EXPECT_EQ(script.file.waitForState(answer, 0), answer);
+  EXPECT_EQ(script.file.waitForState({SolveState::Failed}, 0), answer);
 }
 
 TEST(StateFileReaderWriter, WaitSeesTheFileWrittenByAnotherThread)

@@ -13,3 +13,23 @@ foreach(step
     message(FATAL_ERROR "step failed (${result}): ${step}")
   endif()
 endforeach()
+
+# The version query, and a build through pkg-config alone, as a host without CMake does it.
+execute_process(COMMAND ${BINARY_DIR}/consumer/version_check RESULT_VARIABLE result)
+if(NOT result EQUAL 0)
+  message(FATAL_ERROR "Ombrix::getVersion() differs from OMBRIX_VERSION_STRING")
+endif()
+find_program(PKG_CONFIG pkg-config)
+if(PKG_CONFIG)
+  file(GLOB pc_dir ${prefix}/lib*/pkgconfig ${prefix}/lib/*/pkgconfig)
+  execute_process(COMMAND ${CMAKE_COMMAND} -E env PKG_CONFIG_PATH=${pc_dir} ${PKG_CONFIG} --cflags --libs OmbrixModel
+                  OUTPUT_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE RESULT_VARIABLE result)
+  separate_arguments(flags UNIX_COMMAND "${flags}")
+  execute_process(COMMAND c++ -std=c++20 ${SOURCE_DIR}/tests/find-package/consumer.cpp ${flags}
+                          -o ${BINARY_DIR}/pkgconfig_consumer RESULT_VARIABLE built)
+  execute_process(COMMAND ${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${pc_dir}/.. ${BINARY_DIR}/pkgconfig_consumer
+                  RESULT_VARIABLE ran)
+  if(NOT result EQUAL 0 OR NOT built EQUAL 0 OR NOT ran EQUAL 0)
+    message(FATAL_ERROR "pkg-config build failed (pkg-config ${result}, build ${built}, run ${ran}) with ${flags}")
+  endif()
+endif()
