@@ -225,7 +225,9 @@ int RecordCommand::do_run()
                 incomplete);
   if (recorder.skipped())
     std::printf("%zu data files could not be read (see above)\n", recorder.skipped());
-  return incomplete || recorder.skipped() ? exitProblems : exitFine;
+  if (recording.getRows().empty())
+    std::printf("nothing was exchanged\n");
+  return incomplete || recorder.skipped() || recording.getRows().empty() ? exitProblems : exitFine;
 }
 
 } // namespace Ombrix::Tools

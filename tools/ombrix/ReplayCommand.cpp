@@ -109,9 +109,10 @@ ReplayCommand::ReplayCommand()
           "same iteration (and \"END\" where the client asked to end), and compares the solver's values with "
           "the recorded out: values. Exits 1 when the solver's values differ from the recording or it asks "
           "for an iteration the recording does not have.",
-          "  ombrix record /tmp/exchange --to run.csv      # during a reference run\n"
-          "  exchange_solver --dir /tmp/exchange2 &\n"
-          "  ombrix replay run.csv /tmp/exchange2")
+          "  ombrix replay run.csv /tmp/exchange2\n"
+          "  (run.csv recorded by 'ombrix record /tmp/exchange --to run.csv' during a reference run; a "
+          "solver\n"
+          "  started in /tmp/exchange2 before or after)")
 {
 }
 
