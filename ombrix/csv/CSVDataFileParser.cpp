@@ -325,17 +325,19 @@ struct CSVDataFileParser::Reader : RowErrors
     }
   }
 
-  template <typename T> bool parseInto(Write& write, const std::string& text)
+  // Stores the value of `text` in `write`; false when the text is not entirely the number it starts with.
+  template <typename T> static bool parseInto(Write& write, const std::string& text)
   {
+    bool whole = true;
     if constexpr (std::is_same_v<T, int>)
-      write.value.i = Model::parseInt(text);
+      write.value.i = CSVValueText::parseValue<int>(text, whole);
     else if constexpr (std::is_same_v<T, bool>)
-      write.value.b = Model::parseBool(text);
+      write.value.b = CSVValueText::parseValue<bool>(text, whole);
     else if constexpr (std::is_same_v<T, float>)
-      write.value.f = Model::parseFloat(text);
+      write.value.f = CSVValueText::parseValue<float>(text, whole);
     else if constexpr (std::is_same_v<T, double>)
-      write.value.d = Model::parseDouble(text);
-    return true;
+      write.value.d = CSVValueText::parseValue<double>(text, whole);
+    return whole;
   }
 
   // "ID:path" of the row's attribute, for messages only (composed when needed: rows are many).
@@ -361,21 +363,22 @@ struct CSVDataFileParser::Reader : RowErrors
       if (text.empty() && type != AttributeType::String)
         continue; // no value given at this chronology
       Write write{&target, &text, {}, type, chronology};
+      bool whole = true;
       try
       {
         switch (type)
         {
         case AttributeType::Int:
-          parseInto<int>(write, text);
+          whole = parseInto<int>(write, text);
           break;
         case AttributeType::Bool:
-          parseInto<bool>(write, text);
+          whole = parseInto<bool>(write, text);
           break;
         case AttributeType::Float:
-          parseInto<float>(write, text);
+          whole = parseInto<float>(write, text);
           break;
         case AttributeType::Double:
-          parseInto<double>(write, text);
+          whole = parseInto<double>(write, text);
           break;
         default:
           break;
@@ -386,6 +389,13 @@ struct CSVDataFileParser::Reader : RowErrors
         writes.resize(queued);
         invalidAttribute(row, "Invalid value '" + text + "' in " + CSVValueText::columnName(chronology) +
                                   " of " + (place ? *place : attributePlace(row)) + ": " + failure.what());
+        return false;
+      }
+      if (!whole && parser.getStrictNumbers())
+      {
+        writes.resize(queued);
+        invalidAttribute(
+            row, CSVValueText::notWholeNumber(text, chronology, place ? *place : attributePlace(row), type));
         return false;
       }
       writes.push_back(write);

@@ -461,14 +461,21 @@ struct CSVDefinitionFileParser::Reader : RowErrors
           continue; // no value written at this chronology
       }
       T value;
+      bool whole = true;
       try
       {
-        value = Model::parseText<T>(text);
+        value = CSVValueText::parseValue<T>(text, whole);
       }
       catch (const std::exception& failure)
       {
         invalidAttribute(row, "Invalid value '" + text + "' in " + CSVValueText::columnName(chronology) +
                                   " of " + place + ": " + failure.what());
+        return;
+      }
+      if (!whole && parser.getStrictNumbers())
+      {
+        invalidAttribute(
+            row, CSVValueText::notWholeNumber(text, chronology, place, attribute.getAttributeType(false)));
         return;
       }
       // Later chronologies are stored only where they differ from what the attribute already reads

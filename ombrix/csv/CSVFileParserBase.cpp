@@ -292,14 +292,14 @@ bool CSVFileParserBase::isLogged(LogLevel level) const
 
 void CSVFileParserBase::reportError(const std::string& message, bool fatal) const
 {
-  addToLog(LogLevel::Error, "%s", message.c_str());
+  logError(message);
   if (fatal)
     throw std::runtime_error(message);
 }
 
 void CSVFileParserBase::reportInvalidAttribute(const std::string& message, bool fatal) const
 {
-  addToLog(LogLevel::Error, "%s", message.c_str());
+  logError(message);
   if (fatal)
     throw AttributeReadError(message);
 }
@@ -354,8 +354,15 @@ std::optional<std::size_t> CSVFileParserBase::readVersionFromHeader(const Row& r
 
 void CSVFileParserBase::frameError(const std::string& message) const
 {
-  addToLog(LogLevel::Error, "%s", message.c_str());
+  logError(message);
   throw std::runtime_error(message);
+}
+
+void CSVFileParserBase::logError(const std::string& message) const
+{
+  addToLog(LogLevel::Error, "%s", message.c_str());
+  if (m_errorObserver)
+    m_errorObserver(message);
 }
 
 CSVFileParserBase::RowIterator CSVFileParserBase::checkHeader(RowIterator first, RowIterator last)

@@ -15,6 +15,7 @@
 #include <array>
 #include <cstdarg>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <iterator>
 #include <map>
@@ -100,6 +101,19 @@ public:
   // 0.000000) by default, or RoundTrip (shortest text that reads back bit-identical).
   Model::NumberFormat getNumberFormat() const { return m_numberFormat; }
   void setNumberFormat(Model::NumberFormat format) { m_numberFormat = format; }
+  // Off by default: a value is converted as the standard conversions do (leading blanks skipped, the
+  // longest number taken, trailing text ignored: "50OO" reads 50, "2.5" reads 2 for an Int). When on, an
+  // Int, Float, Double or Bool value whose whole text is not a number of that kind ("50OO", "5000 W/m2",
+  // "5000,5", " 12", and "2.5" or "1e3" for an Int) is a content error of its row: "Invalid value '<text>'
+  // in <Column> of <ID:path>: the text is not entirely a number of type <Type>", reported as any other
+  // (thrown as AttributeReadError when errors are fatal, the row passed over otherwise).
+  bool getStrictNumbers() const { return m_strictNumbers; }
+  void setStrictNumbers(bool strict) { m_strictNumbers = strict; }
+  // Called with every error message a read reports (the text it logs, row place included: frame errors,
+  // column-header and content errors), before the read throws when the error is fatal. With
+  // setFatalErrors(false) a caller collects every problem of a file. An empty function removes it.
+  using ErrorObserver = std::function<void(const std::string& message)>;
+  void setErrorObserver(ErrorObserver observer) { m_errorObserver = std::move(observer); }
 
 protected:
   CSVFileParserBase() = default;
@@ -202,6 +216,8 @@ private:
   RowIterator checkHeader(RowIterator first, RowIterator last);
   RowIterator checkFooter(RowIterator first, RowIterator last) const;
   [[noreturn]] void frameError(const std::string& message) const;
+  // Logs `message` at Error and hands it to the error observer.
+  void logError(const std::string& message) const;
 
   std::string m_fileName;
   mutable std::size_t m_fileVersion = csvParserVersion; // saveAs writes version 4
@@ -211,6 +227,8 @@ private:
   bool m_fatalErrors = true;
   bool m_durableWrites = false;
   Model::NumberFormat m_numberFormat = Model::NumberFormat::Fixed;
+  bool m_strictNumbers = false;
+  ErrorObserver m_errorObserver;
   RowIterator m_tableBegin{}; // first row of the table being read, for row numbers
 
   // The splitter of parseFile, kept so that the storage of one file's rows serves the next file read (an

@@ -4,9 +4,11 @@
 
 #include "ombrix/model/ValueAttribute.h"
 #include "ombrix/model/ValueText.h"
+#include "ombrix/sdk/AttributeType.h"
 #include "ombrix/sdk/Chronology.h"
 
 #include <array>
+#include <cctype>
 #include <cmath>
 #include <cstring>
 #include <optional>
@@ -75,6 +77,36 @@ inline bool appendValue(std::string& out, const Model::Attribute& attribute, Kor
   default:
     return false;
   }
+}
+
+// Parses `text` as T with the standard conversions' rules (see Model::parseText); `whole` tells whether
+// the text was entirely that number: every character taken and no leading blank (which the conversion
+// skips). Bool and string texts are always whole.
+template <typename T> T parseValue(const std::string& text, bool& whole)
+{
+  std::size_t used = 0;
+  T value{};
+  if constexpr (std::is_same_v<T, int>)
+    value = Model::parseInt(text, &used);
+  else if constexpr (std::is_same_v<T, float>)
+    value = Model::parseFloat(text, &used);
+  else if constexpr (std::is_same_v<T, double>)
+    value = Model::parseDouble(text, &used);
+  else
+  {
+    whole = true;
+    return Model::parseText<T>(text);
+  }
+  whole = used == text.size() && !std::isspace(static_cast<unsigned char>(text.front()));
+  return value;
+}
+
+// The strict readers' complaint about a value that is not entirely a number of `type`.
+inline std::string notWholeNumber(const std::string& text, KorvanSDK::Chronology chronology,
+                                  const std::string& place, KorvanSDK::AttributeType type)
+{
+  return "Invalid value '" + text + "' in " + columnName(chronology) + " of " + place +
+         ": the text is not entirely a number of type " + KorvanSDK::attributeTypeToString(type);
 }
 
 // Equal values, counting two NaNs of a floating type as equal (both then read back the same).

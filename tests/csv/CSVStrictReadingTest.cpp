@@ -1,0 +1,125 @@
+// Strict numbers and the error observer of the CSV readers.
+#include "ombrix/csv/CSVDataFileParser.h"
+#include "ombrix/csv/CSVDefinitionFileParser.h"
+
+#include "csv/CSVTestModel.h"
+
+#include <cmath>
+
+namespace
+{
+
+using namespace CSVTest;
+using Ombrix::AttributeReadError;
+using Ombrix::CSVDataFileParser;
+using Ombrix::CSVDefinitionFileParser;
+using Table = Ombrix::CSVFileParserBase::Table;
+
+// One entity 5-1 with a value of each number kind.
+void buildHeater(EntityCollection& collection)
+{
+  auto heater = makeEntity("Heater", "H", EntityID(5, 1));
+  addDouble(*heater, "Power", AccessType::ReadWrite, 0.0);
+  add<IntAttribute>(*heater, AttributeType::Int, "Count", AccessType::ReadWrite).set(0, Chronology::Initial);
+  add<FloatAttribute>(*heater, AttributeType::Float, "Ratio", AccessType::ReadWrite)
+      .set(0.0f, Chronology::Initial);
+  collection.addRootEntity(std::move(heater));
+}
+
+Table dataRows(const std::string& path, const std::string& text)
+{
+  return {{"<<", "START", "CSV", "VER04", ">>"},
+          {"EntityID", "EntityType", "EntityName", "AttributePath", "CurrentValue", "Unit"},
+          {"5-1", "Heater", "H", path, text, ""},
+          {"<<", "END", "CSV", "VER04", ">>"}};
+}
+
+TEST(CSVStrictReadingTest, DataValuesWholeOrRefused)
+{
+  struct Case
+  {
+    const char* path;
+    const char* text;
+    double lenient; // what the standard conversion makes of it
+    bool whole;
+  };
+  const Case cases[] = {
+      {"Power", "50OO", 50, false},
+      {"Power", "5000 W/m2", 5000, false},
+      {"Power", "5000,5", 5000, false},
+      {"Power", " 12", 12, false},
+      {"Power", "12 ", 12, false},
+      {"Power", "1e3", 1000, true},
+      {"Power", "-2.5e-3", -2.5e-3, true},
+      {"Power", "0x1p3", 8, true},
+      {"Count", "2.5", 2, false},
+      {"Count", "1e3", 1, false},
+      {"Count", " 12", 12, false},
+      {"Count", "+7", 7, true},
+      {"Count", "-2147483648", -2147483648.0, true},
+      {"Ratio", "0.5f", 0.5, false},
+      {"Ratio", "0.5", 0.5, true},
+  };
+  for (const Case& test : cases)
+  {
+    SCOPED_TRACE(std::string(test.path) + " '" + test.text + "'");
+    const Table rows = dataRows(test.path, test.text);
+    EntityCollection lenient, strict;
+    buildHeater(lenient);
+    buildHeater(strict);
+    CSVDataFileParser lenientReader(lenient, {Chronology::Current});
+    EXPECT_TRUE(lenientReader.parseData(rows));
+    EXPECT_EQ(lenient.getEntity(EntityID(5, 1))
+                  ->getAttribute(AttributePath(test.path))
+                  .getDoubleValue(Chronology::Current, false),
+              test.lenient);
+
+    CSVDataFileParser strictReader(strict, {Chronology::Current});
+    strictReader.setStrictNumbers(true);
+    Attribute& target = strict.getEntity(EntityID(5, 1))->getAttribute(AttributePath(test.path));
+    if (test.whole)
+    {
+      EXPECT_TRUE(strictReader.parseData(rows));
+      EXPECT_EQ(target.getDoubleValue(Chronology::Current, false), test.lenient);
+      continue;
+    }
+    const std::string type = test.path == std::string("Power")   ? "Double"
+                             : test.path == std::string("Count") ? "Int"
+                                                                 : "Float";
+    EXPECT_THROW_MSG(strictReader.parseData(rows), AttributeReadError,
+                     "CSV rows, row 3: Invalid value '" + std::string(test.text) +
+                         "' in CurrentValue of 5-1:" + test.path +
+                         ": the text is not entirely a number of type " + type);
+    EXPECT_EQ(target.getDoubleValue(Chronology::Current, false), 0.0) << "nothing applied";
+  }
+}
+
+TEST(CSVStrictReadingTest, DefinitionValuesAndObserverCollectsEveryError)
+{
+  EntityCollection solver;
+  buildHeater(solver);
+  CSVDefinitionFileParser writer(solver);
+  writer.setChronologies({Chronology::Initial});
+  Table rows = writer.generateData();
+  rows[4][6] = "0,25"; // Ratio's InitialValue
+  EntityCollection client;
+  CSVDefinitionFileParser reader(client);
+  EXPECT_TRUE(reader.parseData(rows)) << "lenient: 0,25 reads as 0";
+  rows[3].resize(2); // Count: a row error of another kind beside it
+  reader.setStrictNumbers(true);
+  std::vector<std::string> seen;
+  reader.setErrorObserver([&](const std::string& message) { seen.push_back(message); });
+  reader.setFatalErrors(false);
+  EXPECT_FALSE(reader.parseData(rows));
+  EXPECT_EQ(seen, (std::vector<std::string>{
+                      "CSV rows, row 4: Row has 2 fields, the column header has 8",
+                      "CSV rows, row 5: Invalid value '0,25' in InitialValue of 5-1:Ratio: the text is not "
+                      "entirely a number of type Float"}));
+
+  seen.clear();
+  reader.setFatalErrors(true);
+  EXPECT_THROW(reader.parseData({rows.front()}), std::runtime_error);
+  EXPECT_EQ(seen, std::vector<std::string>{"Missing FileHeader"}) << "frame errors too, before the throw";
+}
+
+} // namespace
