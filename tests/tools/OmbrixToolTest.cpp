@@ -196,6 +196,18 @@ TEST_F(OmbrixTool, ValidateReportsEveryProblemWithItsRow)
        1,
        "F:3: Missing solution-control rows: Results.Time of 'Solution Control' 'Solution Control' are "
        "required\n"},
+      {"out.csv",
+       withValue(withValue(withValue(out, "Probe.Temperature", "50OO"), "Heat Flux", "\"5000,5\""),
+                 "Iterations.Number of Iterations", "2.5"),
+       "", 1,
+       "F:8: Invalid value '2.5' in CurrentValue of 1-1:Iterations.Number of Iterations: the text is not "
+       "entirely a "
+       "number of type Int\nF:12: Invalid value '50OO' in CurrentValue of 2-1:Probe.Temperature: the text is "
+       "not "
+       "entirely a number of type Double\nF:15: Invalid value '5000,5' in CurrentValue of 3-1:Heat Flux: the "
+       "text "
+       "is not entirely a number of type Double\n"},
+      {"in.csv", readFile((d / "in7.csv").string()), "--skip-read-only", 0, "F: no problems\n"},
       {"out.csv", withValue(out, "Probe.Temperature", "nan"), "--json", 1,
        "{\"file\": \"F\", \"kind\": \"data\", \"problems\": [{\"row\": 12, \"message\": \"CurrentValue of "
        "2-1:Probe.Temperature ('nan') is NaN: it travels, but every computation it enters gives NaN\"}], "
@@ -211,6 +223,11 @@ TEST_F(OmbrixTool, ValidateReportsEveryProblemWithItsRow)
     EXPECT_EQ(run.exit, c.exit) << run.err;
     EXPECT_EQ(run.out, std::regex_replace(c.lines, std::regex("\\bF\\b"), path));
   }
+  // Without the flag, every read-only row of the whole model that the client sent back is refused.
+  const Result refused = ombrix(d, "validate in.csv --def " + (dir() / "def.csv").string());
+  EXPECT_EQ(refused.exit, 1);
+  EXPECT_EQ(refused.out.substr(0, refused.out.find('\n')),
+            "in.csv:3: No Write Access to 1-1:Results.Iteration");
 }
 
 TEST_F(OmbrixTool, DiffGroupsDifferencesByAttribute)

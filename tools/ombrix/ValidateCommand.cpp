@@ -210,14 +210,11 @@ std::vector<Problem> ValidateCommand::validate(bool& definition) const
   definition = name == "def.csv" || ModelFiles::isDefinitionFile(m_file);
   // Every problem the reader reports, not only the first.
   std::vector<std::string> reported;
-  const auto read = [&](auto& parser)
+  const auto read = [&](CSVFileParserBase& parser)
   {
     parser.setFatalErrors(false);
-    if constexpr (requires { parser.setStrictNumbers(true); }) // TEMPORARY until the reader API is in
-    {
-      parser.setStrictNumbers(true);
-      parser.setErrorObserver([&](const std::string& message) { reported.push_back(message); });
-    }
+    parser.setStrictNumbers(true);
+    parser.setErrorObserver([&](const std::string& message) { reported.push_back(message); });
     try
     {
       parser.parseFile(m_file);
