@@ -326,6 +326,8 @@ TEST_F(OmbrixTool, BadUsageGivesAMessageAndExitTwo)
        "FILE: File does not exist: /nonexistent\nRun with --help for more information.\n"},
       {"record . --to x.csv --format xml",
        "--format: xml not in {csv,hdf5}\nRun with --help for more information.\n"},
+      {"record . --to /nonexistent/x.csv",
+       "ombrix record: cannot write /nonexistent/x.csv: /nonexistent: No such file or directory\n"},
       {"replay run.err .", "ombrix replay: run.err is not a recording: its first row does not begin with the "
                            "columns iteration,time\n"},
   };

@@ -12,10 +12,13 @@
 #include "ToolError.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <cstring>
+#include <filesystem>
 #include <map>
-#include <memory>
+#include <unistd.h>
 
 namespace Ombrix::Tools
 {
@@ -71,11 +74,11 @@ public:
           loadModel(path);
         else
         {
-          if (!m_model)
+          if (!m_haveModel)
             loadModel(m_directory + "/def.csv");
-          m_parser->setRecordAppliedValues(true);
-          ModelFiles::readData(path, *m_parser);
-          m_recording.addFile(entry.direction, *m_parser);
+          m_parser.setRecordAppliedValues(true);
+          ModelFiles::readData(path, m_parser);
+          m_recording.addFile(entry.direction, m_parser);
           ++recorded;
         }
       }
@@ -92,19 +95,18 @@ public:
   std::size_t skipped() const { return m_skipped; }
 
 private:
+  // The parser keeps reading into the one model, which a new definition replaces whole.
   void loadModel(const std::string& path)
   {
-    auto model = std::make_unique<Model::EntityCollection>();
-    ModelFiles::readDefinition(path, *model);
-    m_parser.reset();
-    m_model = std::move(model);
-    m_parser = std::make_unique<CSVDataFileParser>(*m_model, ModelFiles::allChronologies());
+    ModelFiles::readDefinition(path, m_model);
+    m_haveModel = true;
   }
 
   std::string m_directory;
   std::map<std::string, std::pair<std::filesystem::file_time_type, std::uintmax_t>> m_seen;
-  std::unique_ptr<Model::EntityCollection> m_model;
-  std::unique_ptr<CSVDataFileParser> m_parser;
+  Model::EntityCollection m_model;
+  bool m_haveModel = false;
+  CSVDataFileParser m_parser{m_model, ModelFiles::allChronologies()};
   Recording m_recording;
   std::size_t m_skipped = 0;
 };
@@ -161,6 +163,10 @@ int RecordCommand::do_run()
   if (format == "hdf5")
     throw ToolError("this ombrix was built without HDF5 (Debian: libhdf5-dev): record with --format csv");
 #endif
+  // A run recorded for an hour must not be lost to an output that cannot be written.
+  const std::filesystem::path folder = std::filesystem::absolute(m_output).parent_path();
+  if (::access(folder.c_str(), W_OK) != 0)
+    throw ToolError("cannot write " + m_output + ": " + folder.string() + ": " + std::strerror(errno));
   const std::string directory = FileSystem::Path::stripTrailingSlash(m_directory);
   Interrupt::install();
   const std::string stateFile = directory + "/out.state";
