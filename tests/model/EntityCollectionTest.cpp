@@ -12,15 +12,11 @@
 #include <stdexcept>
 
 using namespace Ombrix::Model;
+using OmbrixTest::addLink;
 using OmbrixTest::makeEntity;
 
 namespace
 {
-
-template <typename Link> Link& addLink(CompositeAttribute& parent, const std::string& name, bool owns)
-{
-  return static_cast<Link&>(*parent.addAttribute(std::make_unique<Link>(name, owns, nullptr)));
-}
 
 // Root R(1-1) with Group.Kids (owned list) [K1(2-2), K2(3-3)], Single (owned link) S(4-4) holding in an owned
 // array Leaf L(5-5), and, not owned, Refs (list) X(6-6), RefLink Y(10-10) and in S RefArray Z(11-11).
