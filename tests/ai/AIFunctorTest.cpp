@@ -76,18 +76,16 @@ TEST_F(AIFunctorTest, LifecycleCallsTheModuleInOrder)
 TEST_F(AIFunctorTest, ModuleRefusingToStartLeavesTheFunctorUninitialised)
 {
   RecordingModule& module = modules.add(0);
-  const std::tuple<RecordingModule::Refusal, const char*, std::vector<std::string>> cases[] = {
-      {RecordingModule::Refusal::Initialise,
-       "Error in AI Model : F - cannot load",
-       {"find 0", "initialise true"}},
-      {RecordingModule::Refusal::Check,
+  const std::tuple<const char*, const char*, Calls> cases[] = {
+      {"initialise", "Error in AI Model : F - cannot load", {"find 0", "initialise true"}},
+      {"check",
        "Error in AI Model : F - does not fit",
        {"find 0", "initialise true", "check F inputs 2 outputs 1", "terminate"}},
   };
   for (const auto& [refusal, message, calls] : cases)
   {
     SCOPED_TRACE(message);
-    module.refuse = refusal;
+    module.fail = refusal;
     modules.calls.clear();
     AIFunctor functor = makeFunctor();
     EXPECT_THROW_MSG(functor.initialize(modules, entities, true, false), std::runtime_error, message);
@@ -112,9 +110,9 @@ TEST_F(AIFunctorTest, ExecutionFailuresAndMissingModulesCarryTheFunctorName)
 
   AIFunctor functor = makeFunctor("Flow model");
   functor.initialize(modules, entities, false, false);
-  module.failure = RecordingModule::Failure::Standard;
+  module.fail = "execute";
   EXPECT_THROW_MSG(functor.execute(), std::runtime_error, "Error in AI Model : Flow model - x");
-  module.failure = RecordingModule::Failure::Other;
+  module.fail = "execute with an int";
   EXPECT_THROW_MSG(functor.execute(), std::runtime_error, "Error in AI Model : Flow model - Unknown Error");
 }
 

@@ -18,25 +18,12 @@ namespace OmbrixTest
 class RecordingModule : public AISystem::AIModule
 {
 public:
-  enum class Failure
-  {
-    None,
-    Standard, // execute throws std::runtime_error("x")
-    Other,    // execute throws an int
-  };
-  enum class Refusal
-  {
-    None,
-    Initialise, // initialise throws std::runtime_error("cannot load")
-    Check,      // checkReferences throws std::invalid_argument("does not fit")
-  };
-
   explicit RecordingModule(std::vector<std::string>& calls) : m_calls(calls) {}
 
   void initialise(bool flag) override
   {
     m_calls.push_back(std::string("initialise ") + (flag ? "true" : "false"));
-    if (refuse == Refusal::Initialise)
+    if (fail == "initialise")
       throw std::runtime_error("cannot load");
   }
 
@@ -44,7 +31,7 @@ public:
                        const References& outputs) override
   {
     m_calls.push_back("check " + name + sizes(inputs, outputs));
-    if (refuse == Refusal::Check)
+    if (fail == "check")
       throw std::invalid_argument("does not fit");
   }
 
@@ -54,9 +41,9 @@ public:
   {
     m_calls.push_back("execute " + name + " owner " + (owner ? owner->name() : "none") +
                       sizes(inputs, outputs));
-    if (failure == Failure::Standard)
+    if (fail == "execute")
       throw std::runtime_error("x");
-    if (failure == Failure::Other)
+    if (fail == "execute with an int")
       throw 42;
     double sum = 0.0;
     for (const auto& input : inputs)
@@ -69,8 +56,9 @@ public:
 
   void terminate() override { m_calls.push_back("terminate"); }
 
-  Failure failure = Failure::None;
-  Refusal refuse = Refusal::None;
+  // Where to fail: "initialise" throws std::runtime_error("cannot load"), "check" std::invalid_argument("does
+  // not fit"), "execute" std::runtime_error("x") and "execute with an int" an int.
+  std::string fail;
 
 private:
   static std::string sizes(const References& inputs, const References& outputs)

@@ -21,8 +21,8 @@ TEST(CompositeAttributeTest, CreateAndAddRefuseDuplicatesAndSetTheParent)
   CompositeAttribute composite("Group", AccessType::ReadWrite, nullptr);
   Attribute* first = composite.createAttribute(AttributeType::Double, "Value", AccessType::ReadOnly);
   EXPECT_EQ(first->getParent(), &composite);
-  EXPECT_EQ(std::make_tuple(first->getType(), first->getAccessType(), first->getAttributeType()),
-            std::make_tuple(std::string("Value"), AccessType::ReadOnly, AttributeType::Double));
+  EXPECT_EQ(std::make_pair(first->getAttributeType(), first->getAccessType()),
+            std::make_pair(AttributeType::Double, AccessType::ReadOnly));
   EXPECT_EQ(composite.createAttribute(AttributeType::Int, "Value", AccessType::ReadWrite), nullptr);
   auto& added = OmbrixTest::addValue(composite, "A", 1);
   EXPECT_EQ(added.getParent(), &composite);

@@ -21,8 +21,7 @@ TEST(EntityError, LevelTexts)
 
 TEST(EntityError, ConstructionFromEntityTakesItsIdAndEqualityComparesEveryField)
 {
-  Entity pump("Pump", "P1");
-  pump.setUniqueID(EntityID(8, 9));
+  const Entity pump("Pump", "P1", EntityID(8, 9), KorvanSDK::AccessType::ReadOnly);
   EXPECT_EQ(EntityError(&pump, "too hot", EntityErrorLevel::Warning),
             EntityError(EntityID(8, 9), "too hot", EntityErrorLevel::Warning));
   EXPECT_EQ(EntityError(static_cast<const Entity*>(nullptr), "m", EntityErrorLevel::Error).getEntityID(),

@@ -28,7 +28,6 @@ TEST(LinkAttributeTest, SingleLinkHoldsTheLastEntityAndSequencesHoldAll)
   EXPECT_EQ(first->getParentLink(), &link);
   EXPECT_EQ(first->getParentEntityLink(), &link);
   EXPECT_EQ(first->getParent(), &owner);
-  EXPECT_EQ(first->getName(true), "R->A");
   EXPECT_EQ(link.getEntity(std::size_t{0}), first);
   EXPECT_EQ(link.getEntity(EntityID(1, 2)), first);
   EXPECT_TRUE(link.hasEntity(std::size_t{0}));

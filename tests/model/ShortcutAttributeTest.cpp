@@ -96,7 +96,6 @@ TEST_F(ShortcutAttributeTest, TypesAndUnits)
   for (const auto& [shortcut, type, unit, hasUnits] : cases)
   {
     SCOPED_TRACE(shortcut->getType());
-    EXPECT_EQ(shortcut->getAttributeType(false), AttributeType::Shortcut);
     EXPECT_EQ(shortcut->getAttributeType(true), type);
     EXPECT_EQ(shortcut->getUnit(), unit);
     EXPECT_EQ(shortcut->hasUnits(), hasUnits);

@@ -56,30 +56,16 @@ def test_heartbeat_writer_and_checker(tmp_path):
         writer.interval = 5
     writer.stop()
     assert not writer.running
-    (tmp_path / "old.alive").write_text("100\t<END>")
-    assert not ombrix.AliveFile(str(tmp_path / "old.alive")).check_alive()
 
 
-@pytest.mark.parametrize(
-    "mode, advance, names",
-    [
-        (FileMode.Fixed, 0, ("in.csv", "out.csv")),
-        (FileMode.Fixed, 3, ("in.csv", "out.csv")),
-        (FileMode.Sequential, 0, ("in0.csv", "out0.csv")),
-        (FileMode.Sequential, 3, ("in3.csv", "out3.csv")),
-    ],
-)
-def test_exchange_file_names(mode, advance, names):
-    files = ombrix.ExchangeFiles("/exchange/", mode)
-    files.advance(advance)
-    assert (files.in_file, files.out_file) == tuple("/exchange/" + n for n in names)
-    assert (files.def_file, files.in_state_file, files.out_alive_file) == (
-        "/exchange/def.csv",
-        "/exchange/in.state",
-        "/exchange/out.alive",
-    )
+def test_exchange_file_names():
+    files = ombrix.ExchangeFiles("/exchange/", FileMode.Sequential)
+    files.advance(3)
+    names = (files.in_file, files.out_file, files.def_file, files.in_state_file, files.out_alive_file)
+    assert names == tuple("/exchange/" + n for n in "in3.csv out3.csv def.csv in.state out.alive".split())
     files.reset()
-    assert files.in_file.endswith(names[0].replace("3", "0"))
+    assert files.in_file == "/exchange/in0.csv"
+    assert ombrix.ExchangeFiles("/", FileMode.Fixed).out_file == "/out.csv"
 
 
 def test_names_and_options():

@@ -95,14 +95,11 @@ def test_errors_carry_the_library_text(model, call, error, text):
         call(model)
 
 
-def test_the_definition_written_reads_back_to_the_same_model(model, tmp_path):
+def test_the_definition_is_written_and_a_bad_place_is_an_os_error(model, tmp_path):
     model.set("P1", "Label", "changed", C.Initial, user=False)
     model.write_definition(str(tmp_path / "again.csv"))
-    again = ombrix.Model.read_definition(str(tmp_path / "again.csv"))
-    listing = lambda m: [
-        (e.full_name, a.path, a.kind, a.unit, a.access) for e in m.entities for a in e.attributes
-    ]
-    assert listing(again) == listing(model)
-    assert again.get("P1", "Label", C.Initial) == "changed"
+    assert (
+        ombrix.Model.read_definition(str(tmp_path / "again.csv")).get("P1", "Label", C.Initial) == "changed"
+    )
     with pytest.raises(OSError):
         model.write_definition(str(tmp_path / "missing" / "def.csv"))
