@@ -317,27 +317,6 @@ TEST_F(CSVDataFileParserTest, RepeatedColumnTakesItsLastPlace)
   EXPECT_EQ(solverDouble(EntityID(3, 17), "Speed"), 3.5);
 }
 
-TEST_F(CSVDataFileParserTest, RefusesNamesThatPathsCannotCarry)
-{
-  for (const auto& [name, refusal] :
-       {std::pair("a.b", "the attribute 'a.b' of 3-17:Geometry has a '.' in its name"),
-        std::pair("", "an attribute of 3-17:Geometry has an empty name")})
-  {
-    SCOPED_TRACE(name);
-    EntityCollection model;
-    buildModel(model);
-    addValue(static_cast<CompositeAttribute&>(at(model, EntityID(3, 17), "Geometry")), "Added",
-             AccessType::ReadWrite, 1.0)
-        .setType(name);
-    const std::string message =
-        std::string("Cannot write the data file: ") + refusal + ", which attribute paths cannot carry";
-    EXPECT_THROW_MSG(CSVDataFileParser(model, {Chronology::Current}).saveAs(outPath), std::runtime_error,
-                     message);
-    EXPECT_FALSE(std::filesystem::exists(outPath)); // no half-written file is left
-    EXPECT_TRUE(logged(message));
-  }
-}
-
 TEST_F(CSVDataFileParserTest, EntitiesSharingAnIDAreToldApartByTypeAndName)
 {
   for (const char* name : {"T1", "T2", "T3"})

@@ -1,5 +1,6 @@
 #include "ombrix/csv/CSVDefinitionFileParser.h"
 
+#include "ombrix/csv/CSVDataFileParser.h"
 #include "ombrix/platform/CSVParser.h"
 
 #include "csv/CSVTestModel.h"
@@ -11,6 +12,7 @@ namespace
 {
 
 using namespace CSVTest;
+using Ombrix::CSVDataFileParser;
 using Ombrix::CSVDefinitionFileParser;
 using Table = Ombrix::CSVFileParserBase::Table;
 using Chronologies = CSVDefinitionFileParser::ChronologySet;
@@ -110,6 +112,7 @@ TEST_F(CSVDefinitionFileParserTest, RefusesWhatTheFileCannotCarry)
     const char* name;
     std::function<void(EntityCollection&, Entity& pump, CSVDefinitionFileParser&)> change;
     std::string message;
+    std::string dataMessage = ""; // when the data file refuses it too
   };
   const auto at = [](Entity& pump, const char* path) -> Attribute&
   { return pump.getAttribute(AttributePath(path)); };
@@ -123,9 +126,11 @@ TEST_F(CSVDefinitionFileParserTest, RefusesWhatTheFileCannotCarry)
        [&](auto&, auto& pump, auto&) {
          addValue(static_cast<CompositeAttribute&>(at(pump, "Geometry")), "a.b", AccessType::ReadWrite, 1.0);
        },
-       "the attribute 'a.b' of 3-17:Geometry has a '.' in its name, the separator of attribute paths"},
+       "the attribute 'a.b' of 3-17:Geometry has a '.' in its name, the separator of attribute paths",
+       "the attribute 'a.b' of 3-17:Geometry has a '.' in its name, which attribute paths cannot carry"},
       {"empty name",
        [](auto&, auto& pump, auto&) { addValue(pump, "Blank", AccessType::ReadWrite, 1.0).setType(""); },
+       "an attribute of 3-17 has an empty name, which attribute paths cannot carry",
        "an attribute of 3-17 has an empty name, which attribute paths cannot carry"},
       {"link not owning", [&](auto&, auto& pump, auto&) { link(pump, "Slots").setOwnsEntities(false); },
        "3-17:Slots holds 7-17 'A1' without owning it; the file carries only entities that their link owns"},
@@ -204,6 +209,14 @@ TEST_F(CSVDefinitionFileParserTest, RefusesWhatTheFileCannotCarry)
     EXPECT_THROW_MSG(writer.generateData(), std::runtime_error, message);
     EXPECT_EQ(OmbrixTest::readFile(path), "earlier file");
     EXPECT_TRUE(logged(message));
+    if (!c.dataMessage.empty())
+    {
+      const std::string dataMessage = "Cannot write the data file: " + c.dataMessage;
+      EXPECT_THROW_MSG(CSVDataFileParser(collection, {Chronology::Current}).saveAs(path), std::runtime_error,
+                       dataMessage);
+      EXPECT_EQ(OmbrixTest::readFile(path), "earlier file");
+      EXPECT_TRUE(logged(dataMessage));
+    }
   }
 }
 
