@@ -31,7 +31,7 @@ template <typename... T> void io(DataIStream& in, T&... values)
 }
 
 // A key and the values after it.
-template <typename S, typename... T> void item(S& s, const char* key, T&... values)
+template <typename S, typename... T> void item(S& s, const char* key, T&&... values)
 {
   s.key(key);
   io(s, values...);
@@ -275,14 +275,11 @@ TEST(DataStream, EncodingsAreExact)
 
   DataOStream out(DataStreamKind::Text);
   out.beginSection("Options");
-  out.key("Directory");
-  out << std::string("C:\\dir \"x\"");
-  out.key("Attempts");
-  out << std::int32_t{-3};
-  out.key("Flag");
-  out << true;
-  out.key("Ratio");
-  out << 0.1 << 1e300 << -std::numeric_limits<double>::infinity() << std::numeric_limits<float>::quiet_NaN();
+  item(out, "Directory", std::string("C:\\dir \"x\""));
+  item(out, "Attempts", std::int32_t{-3});
+  item(out, "Flag", true);
+  item(out, "Ratio", 0.1, 1e300, -std::numeric_limits<double>::infinity(),
+       std::numeric_limits<float>::quiet_NaN());
   out.beginSection("Inner");
   out << std::uint64_t{2} << 1.5f;
   out.key("Empty");
@@ -305,8 +302,7 @@ TEST(DataStream, EncodingsAreExact)
   bool no = true;
   std::string text;
   in.beginSection("A");
-  in.key("K");
-  in >> yes >> no >> text;
+  item(in, "K", yes, no, text);
   in.endSection();
   EXPECT_TRUE(in.good() && in.atEnd());
   EXPECT_TRUE(yes);
