@@ -320,20 +320,17 @@ TEST(DataStream, RecordsRoundTripInMemoryAndThroughFiles)
     DataOStream out(kind);
     streamSample(out, makeSample());
     const std::string& data = out.data();
-    DataIStream in(data, kind);
-    Sample read;
-    streamSample(in, read);
-    EXPECT_TRUE(in.good() && in.atEnd());
-    EXPECT_EQ(dataOf(read, kind), data);
-
     const std::string path = dir.file(std::string("sample.") + kindName(kind));
     ASSERT_TRUE(out.saveAs(path));
     EXPECT_EQ(OmbrixTest::readFile(path), data);
-    DataIStream file = DataIStream::fromFile(path, kind);
-    Sample fromFile;
-    streamSample(file, fromFile);
-    EXPECT_TRUE(file.good());
-    EXPECT_EQ(dataOf(fromFile, kind), data);
+    DataIStream sources[] = {DataIStream(data, kind), DataIStream::fromFile(path, kind)};
+    for (DataIStream& in : sources)
+    {
+      Sample read;
+      streamSample(in, read);
+      EXPECT_TRUE(in.good() && in.atEnd());
+      EXPECT_EQ(dataOf(read, kind), data);
+    }
 
     out.setFailed();
     EXPECT_FALSE(out.saveAs(dir.file("failed")));
