@@ -101,7 +101,8 @@ TEST_F(CSVFileParserBaseTest, Frames)
   }
 }
 
-TEST_F(CSVFileParserBaseTest, WritesAndReadsFramedFiles)
+// A failed save keeps the old file and leaves no temporary behind.
+TEST_F(CSVFileParserBaseTest, WritesAndReadsFramedFilesAndRefusesNulBytesBothWays)
 {
   FrameParser writer;
   const std::string path = dir.file("frame.csv");
@@ -127,26 +128,21 @@ TEST_F(CSVFileParserBaseTest, WritesAndReadsFramedFiles)
   OmbrixTest::writeFile(path, "<<,START,CSV,VER04,>>\n\"open\n<<,END,CSV,VER04,>>\n");
   EXPECT_THROW_MSG(reader.parseFile(path), std::runtime_error,
                    "CSV file '" + path + "': quoted field starting on line 2 is not closed");
-}
 
-TEST_F(CSVFileParserBaseTest, NulBytesAreRefusedBothWaysAndAFailedSaveKeepsTheOldFile)
-{
-  FrameParser parser;
-  const std::string path = dir.file("frame.csv");
   // Zero-filled where the footer should be, as a power loss leaves a file.
   OmbrixTest::writeFile(path, "<<,START,CSV,VER04,>>\na,b\n" + std::string(21, '\0'));
-  EXPECT_THROW_MSG(parser.parseFile(path), std::runtime_error,
+  EXPECT_THROW_MSG(reader.parseFile(path), std::runtime_error,
                    "CSV file '" + path +
                        "' holds a NUL byte at offset 26, as a file does that was not completely written");
-  parser.toWrite = {{std::string("a\0b", 3)}};
-  EXPECT_THROW_MSG(parser.saveAs(path), std::invalid_argument,
+  writer.toWrite = {{std::string("a\0b", 3)}};
+  EXPECT_THROW_MSG(writer.saveAs(path), std::invalid_argument,
                    "CSV row holds a NUL byte, which a CSV exchange file cannot carry");
   EXPECT_EQ(OmbrixTest::readFile(path).size(), 47u);
   for (const auto& entry : std::filesystem::directory_iterator(dir.path()))
     EXPECT_NE(entry.path().filename().string().rfind(".frame.csv.", 0), 0u) << "a temporary is left behind";
 }
 
-TEST_F(CSVFileParserBaseTest, ColumnMapNamesAndReports)
+TEST_F(CSVFileParserBaseTest, ColumnMapNamesReportsAndEntityMatching)
 {
   FrameParser parser;
   parser.generateHeaderMap({"A", "B", "A"});
@@ -175,15 +171,12 @@ TEST_F(CSVFileParserBaseTest, ColumnMapNamesAndReports)
   EXPECT_THROW_MSG(parser.reportError("third %s", true), std::runtime_error, "third %s");
   EXPECT_THROW_MSG(parser.reportInvalidAttribute("fourth", true), Ombrix::AttributeReadError, "fourth");
   EXPECT_TRUE(logged("Error\tCSV File : \t third %s"));
-}
 
-TEST_F(CSVFileParserBaseTest, EntityMatching)
-{
   using namespace CSVTest;
   EntityCollection collection;
   buildModel(collection);
   Entity* server = collection.getEntity(EntityID(4, 17));
-  FrameParser parser;
+  parser.setUseFullEntityNames(false);
   EXPECT_TRUE(parser.isEntity(server, EntityID(4, 17)));
   EXPECT_FALSE(parser.isEntity(nullptr, EntityID(4, 17)));
   EXPECT_TRUE(parser.isEntity(server, "Server", "S4"));

@@ -37,10 +37,17 @@ T& add(CompositeAttribute& parent, AttributeType kind, const std::string& name, 
   return static_cast<T&>(*created);
 }
 
-inline DoubleAttribute& addDouble(CompositeAttribute& parent, const std::string& name, AccessType access,
-                                  double value, const std::string& unit = "")
+// A value attribute of the kind of `T`, holding `value` at Initial.
+template <typename T>
+ValueAttribute<T>& addValue(CompositeAttribute& parent, const std::string& name, AccessType access, T value,
+                            const std::string& unit = "")
 {
-  auto& attribute = add<DoubleAttribute>(parent, AttributeType::Double, name, access);
+  constexpr AttributeType kind = std::is_same_v<T, int>           ? AttributeType::Int
+                                 : std::is_same_v<T, bool>        ? AttributeType::Bool
+                                 : std::is_same_v<T, std::string> ? AttributeType::String
+                                 : std::is_same_v<T, float>       ? AttributeType::Float
+                                                                  : AttributeType::Double;
+  auto& attribute = add<ValueAttribute<T>>(parent, kind, name, access);
   attribute.set(value, Chronology::Initial);
   attribute.setUnit(unit);
   return attribute;
@@ -58,22 +65,18 @@ inline std::unique_ptr<Entity> makeSolutionControl(int iteration, bool transient
 {
   auto entity = makeEntity("Solution Control", "Solution Control", EntityID(1, 1));
   auto& results = add<CompositeAttribute>(*entity, AttributeType::Composite, "Results", AccessType::ReadOnly);
-  add<IntAttribute>(results, AttributeType::Int, "Iteration", AccessType::ReadOnly)
-      .set(iteration, Chronology::Initial);
-  addDouble(results, "Time", AccessType::ReadOnly, time, "s");
-  add<BoolAttribute>(results, AttributeType::Bool, "IsConverged", AccessType::ReadOnly)
-      .set(false, Chronology::Initial);
+  addValue(results, "Iteration", AccessType::ReadOnly, iteration);
+  addValue(results, "Time", AccessType::ReadOnly, time, "s");
+  addValue(results, "IsConverged", AccessType::ReadOnly, false);
   auto& transientGroup =
       add<CompositeAttribute>(*entity, AttributeType::Composite, "Transient", AccessType::ReadOnly);
-  add<BoolAttribute>(transientGroup, AttributeType::Bool, "Time Varying", AccessType::ReadOnly)
-      .set(transient, Chronology::Initial);
+  addValue(transientGroup, "Time Varying", AccessType::ReadOnly, transient);
   auto& definition =
       add<CompositeAttribute>(transientGroup, AttributeType::Composite, "Definition", AccessType::ReadOnly);
-  addDouble(definition, "Time Step", AccessType::ReadWrite, timeStep, "s");
+  addValue(definition, "Time Step", AccessType::ReadWrite, timeStep, "s");
   auto& control =
       add<CompositeAttribute>(*entity, AttributeType::Composite, "Ombrix Control", AccessType::ReadWrite);
-  add<BoolAttribute>(control, AttributeType::Bool, "Stop On Convergence", AccessType::ReadWrite)
-      .set(true, Chronology::Initial);
+  addValue(control, "Stop On Convergence", AccessType::ReadWrite, true);
   return entity;
 }
 
@@ -83,26 +86,22 @@ inline void buildModel(EntityCollection& collection)
 {
   collection.addRootEntity(makeSolutionControl(12, true, 0.5, 0.25));
   auto pump = makeEntity("Pump", "P1, \"main\"", EntityID(3, 17));
-  auto& speed = addDouble(*pump, "Speed", AccessType::ReadWrite, 1.5, "rpm");
+  auto& speed = addValue(*pump, "Speed", AccessType::ReadWrite, 1.5, "rpm");
   speed.set(2.25, Chronology::Current); // chronological storage
-  add<IntAttribute>(*pump, AttributeType::Int, "Count", AccessType::WriteOnly).set(-7, Chronology::Initial);
-  add<BoolAttribute>(*pump, AttributeType::Bool, "On", AccessType::ReadWrite).set(true, Chronology::Initial);
-  add<StringAttribute>(*pump, AttributeType::String, "Label", AccessType::ReadWrite)
-      .set("line1\nline2, \"quoted\"", Chronology::Initial);
-  auto& ratio = add<FloatAttribute>(*pump, AttributeType::Float, "Ratio", AccessType::ReadWrite);
-  ratio.set(0.125f, Chronology::Initial);
-  ratio.setUnit("-");
-  add<StringAttribute>(*pump, AttributeType::String, "Name", AccessType::ReadOnly)
-      .set("P1", Chronology::Initial);
+  addValue(*pump, "Count", AccessType::WriteOnly, -7);
+  addValue(*pump, "On", AccessType::ReadWrite, true);
+  addValue(*pump, "Label", AccessType::ReadWrite, std::string("line1\nline2, \"quoted\""));
+  addValue(*pump, "Ratio", AccessType::ReadWrite, 0.125f, "-");
+  addValue(*pump, "Name", AccessType::ReadOnly, std::string("P1"));
   auto& geometry =
       add<CompositeAttribute>(*pump, AttributeType::Composite, "Geometry", AccessType::ReadWrite);
-  addDouble(geometry, "Diameter", AccessType::ReadWrite, 0.3, "m");
-  addDouble(geometry, "Length", AccessType::ReadOnly, 2.0, "m");
-  addDouble(geometry, "Height", AccessType::None, 1.0, "m");
+  addValue(geometry, "Diameter", AccessType::ReadWrite, 0.3, "m");
+  addValue(geometry, "Length", AccessType::ReadOnly, 2.0, "m");
+  addValue(geometry, "Height", AccessType::None, 1.0, "m");
   auto& targets =
       add<ShortcutAttribute>(*pump, AttributeType::Shortcut, "Both Diameters", AccessType::ReadWrite);
   targets.addShortcut(AttributePath("Geometry.Diameter"));
-  addDouble(*pump, "Inlet Diameter", AccessType::ReadWrite, 0.3, "m");
+  addValue(*pump, "Inlet Diameter", AccessType::ReadWrite, 0.3, "m");
   targets.addShortcut(AttributePath("Inlet Diameter"));
 
   auto& servers = add<ListAttribute>(*pump, AttributeType::List, "Servers", AccessType::ReadWrite);
@@ -111,20 +110,20 @@ inline void buildModel(EntityCollection& collection)
   for (int i : {4, 5})
   {
     auto server = makeEntity("Server", "S" + std::to_string(i), EntityID(i, 17));
-    addDouble(*server, "Load", AccessType::ReadWrite, i * 1.25, "W");
+    addValue(*server, "Load", AccessType::ReadWrite, i * 1.25, "W");
     servers.addEntity(std::move(server));
   }
   auto& backup = add<LinkAttribute>(*pump, AttributeType::Link, "Backup", AccessType::ReadOnly);
   backup.setRelationShipType("Spare");
   backup.setOwnsEntities(true);
   auto spare = makeEntity("Server", "B", EntityID(6, 17));
-  addDouble(*spare, "Load", AccessType::ReadWrite, 0.0, "W");
+  addValue(*spare, "Load", AccessType::ReadWrite, 0.0, "W");
   backup.addEntity(std::move(spare));
   auto& slots = add<ArrayAttribute>(*pump, AttributeType::Array, "Slots", AccessType::ReadWrite);
   slots.setRelationShipType("Slot");
   slots.setOwnsEntities(true);
   auto slot = makeEntity("Slot", "A1", EntityID(7, 17));
-  add<IntAttribute>(*slot, AttributeType::Int, "Value", AccessType::ReadOnly).set(9, Chronology::Initial);
+  addValue(*slot, "Value", AccessType::ReadOnly, 9);
   slots.addEntity(std::move(slot));
   collection.addRootEntity(std::move(pump));
 }
@@ -138,7 +137,7 @@ inline void addCells(EntityCollection& collection, int count)
     auto cell = makeEntity("Cell", e % 7 == 0 ? "C," + std::to_string(e) : "C" + std::to_string(e),
                            EntityID(100 + e, 17));
     for (int a = 0; a < 10; ++a)
-      addDouble(*cell, "Value" + std::to_string(a), AccessType::ReadWrite, e * 0.001 + a, "Pa");
+      addValue(*cell, "Value" + std::to_string(a), AccessType::ReadWrite, e * 0.001 + a, "Pa");
     collection.addRootEntity(std::move(cell));
   }
 }
@@ -183,13 +182,7 @@ protected:
   // Whether a log line ends with `text`.
   bool logged(const std::string& text) const
   {
-    std::istringstream stream(OmbrixTest::readFile(logPath));
-    for (std::string line; std::getline(stream, line);)
-    {
-      if (line.size() >= text.size() && line.compare(line.size() - text.size(), text.size(), text) == 0)
-        return true;
-    }
-    return false;
+    return OmbrixTest::readFile(logPath).find(text + "\n") != std::string::npos;
   }
 
   OmbrixTest::TempDir dir;
