@@ -21,8 +21,10 @@ using KorvanSDK::SolveState;
 using OmbrixTest::readFile;
 
 // Runs `write` in a loop in a child process and kills it a random pause below `longest` after the child
-// has started, 50 times; `accepted` must hold for the file's content after each kill. Returns how many
-// kills left a temporary behind, that is, struck between the creation of the new content and its rename.
+// has started, 50 times and on until a kill has struck mid-write (500 at most: under load the sleeps are
+// coarse and a small file's write window is easily missed); `accepted` must hold for the file's content after
+// each kill. Returns how many kills left a temporary behind, that is, struck between the creation of the new
+// content and its rename.
 int killWhileWriting(const std::string& path, const std::function<void()>& write,
                      std::chrono::microseconds longest,
                      const std::function<bool(const std::string&)>& accepted)
@@ -30,7 +32,7 @@ int killWhileWriting(const std::string& path, const std::function<void()>& write
   std::mt19937 random(20241123u);
   const std::string directory = path.substr(0, path.rfind('/'));
   int struckMidWrite = 0;
-  for (int kill = 0; kill < 50; ++kill)
+  for (int kill = 0; kill < 50 || (struckMidWrite == 0 && kill < 500); ++kill)
   {
     OmbrixTest::ForkedChild writer(
         [&](const std::function<void()>& ready)
