@@ -23,42 +23,6 @@ std::size_t threadCount()
   return static_cast<std::size_t>(std::distance(begin(tasks), end(tasks)));
 }
 
-// The stamp of a complete alive file, or -1 when the file is missing or not "<digits>\t<END>".
-std::int64_t completeStamp(const std::string& path)
-{
-  const std::string content = readFile(path);
-  const std::size_t tab = content.find('\t');
-  if (tab == 0 || tab == std::string::npos || content.substr(tab) != "\t<END>" ||
-      content.find_first_not_of("0123456789") != tab)
-    return -1;
-  return std::stoll(content.substr(0, tab));
-}
-
-// Counts the checks of a wait loop; with a script, replays verdicts instead of reading the file.
-class CountingChecker : public AliveFileReaderWriter
-{
-public:
-  CountingChecker(const std::string& path, std::vector<bool> script)
-      : AliveFileReaderWriter(path), m_script(std::move(script))
-  {
-  }
-
-  bool checkAlive() const override
-  {
-    ++checks;
-    if (m_script.empty())
-      return AliveFileReaderWriter::checkAlive();
-    const bool alive = m_script[std::min<std::size_t>(checks, m_script.size()) - 1];
-    setAlive(alive);
-    return alive;
-  }
-
-  mutable int checks = 0;
-
-private:
-  std::vector<bool> m_script;
-};
-
 } // namespace
 
 TEST(AliveFileReaderWriter, WriterThreadRewritesTheStampEveryIntervalUntilStopped)
@@ -81,11 +45,11 @@ TEST(AliveFileReaderWriter, WriterThreadRewritesTheStampEveryIntervalUntilStoppe
     EXPECT_TRUE(writer.isRunning());
     EXPECT_EQ(threadCount(), threadsBefore + 1);
     EXPECT_TRUE(AliveFileReaderWriter(path).waitForAlive(5000));
-    ASSERT_TRUE(eventually([&] { return completeStamp(path) >= before; }, 2000ms)) << readFile(path);
-    const std::int64_t first = completeStamp(path);
+    ASSERT_TRUE(eventually([&] { return stampOf(readFile(path)) >= before; }, 2000ms)) << readFile(path);
+    const std::int64_t first = stampOf(readFile(path));
     EXPECT_LE(first, std::time(nullptr));
     // A one-second interval rewrites the file after one or two one-second steps.
-    EXPECT_TRUE(eventually([&] { return completeStamp(path) > first; }, 3500ms));
+    EXPECT_TRUE(eventually([&] { return stampOf(readFile(path)) > first; }, 3500ms));
     const auto stopping = SteadyClock::now();
     writer.stop();
     writer.stop();
@@ -97,7 +61,7 @@ TEST(AliveFileReaderWriter, WriterThreadRewritesTheStampEveryIntervalUntilStoppe
     std::filesystem::remove(path);
     writer.setInterval(-1);
     writer.start();
-    ASSERT_TRUE(eventually([&] { return completeStamp(path) > 0; }, 2000ms));
+    ASSERT_TRUE(eventually([&] { return stampOf(readFile(path)) > 0; }, 2000ms));
     std::filesystem::remove(path);
     // Longer than one sleeping step: a non-negative interval would have written again by now.
     std::this_thread::sleep_for(1300ms);
@@ -106,18 +70,14 @@ TEST(AliveFileReaderWriter, WriterThreadRewritesTheStampEveryIntervalUntilStoppe
   EXPECT_EQ(threadCount(), threadsBefore);
 }
 
-TEST(AliveFileReaderWriter, StampIsJudgedAgainstGracePeriod)
+TEST(AliveFileReaderWriter, StampIsJudgedAgainstGracePeriodAndTheLastVerdictStands)
 {
   TempDir dir;
   const std::string path = dir.file("in.alive");
   const std::string now = std::to_string(std::time(nullptr));
-  const struct
-  {
-    std::optional<std::string> content; // none: no file
-    int grace;
-    bool alive;
-    bool retried; // read ten times, 200 ms apart, for want of an end marker
-  } cases[] = {
+  // {content (none: no file), grace period, alive, retried: read ten times, 200 ms apart, for want of an end
+  // marker}
+  const std::tuple<std::optional<std::string>, int, bool, bool> cases[] = {
       {std::nullopt, -1, true, false}, // checking is off: no file needed
       {"100\t<END>", 30, false, false},
       {now + "\t<END>", 30, true, false},
@@ -130,26 +90,22 @@ TEST(AliveFileReaderWriter, StampIsJudgedAgainstGracePeriod)
       // A file zero-filled by a power loss.
       {now + std::string("\t<END>\0", 7), 30, false, true},
   };
-  for (const auto& c : cases)
+  for (const auto& [content, grace, alive, retried] : cases)
   {
-    SCOPED_TRACE(c.content.value_or("no file"));
+    SCOPED_TRACE(content.value_or("no file"));
     std::filesystem::remove(path);
-    if (c.content)
-      writeFile(path, *c.content);
+    if (content)
+      writeFile(path, *content);
     AliveFileReaderWriter checker(path);
     EXPECT_FALSE(checker.isAlive());
-    checker.setGracePeriod(c.grace);
+    checker.setGracePeriod(grace);
     const auto start = SteadyClock::now();
-    EXPECT_EQ(checker.checkAlive(), c.alive);
-    EXPECT_EQ(checker.isAlive(), c.alive);
-    EXPECT_EQ(millisecondsSince(start) >= 1800, c.retried);
+    EXPECT_EQ(checker.checkAlive(), alive);
+    EXPECT_EQ(checker.isAlive(), alive);
+    EXPECT_EQ(millisecondsSince(start) >= 1800, retried);
   }
-}
 
-TEST(AliveFileReaderWriter, AcceptedStampSparesTheReadAndAMissingFileKeepsTheVerdict)
-{
-  TempDir dir;
-  const std::string path = dir.file("in.alive");
+  // An accepted stamp spares the read, and a missing file keeps the verdict.
   AliveFileReaderWriter checker(path);
   writeFile(path, "100\t<END>");
   EXPECT_FALSE(checker.checkAlive());
@@ -173,8 +129,8 @@ TEST(AliveFileReaderWriter, AcceptedStampSparesTheReadAndAMissingFileKeepsTheVer
   EXPECT_FALSE(AliveFileReaderWriter(dir.file("missing/in.alive")).writeStamp());
   const std::int64_t before = std::time(nullptr);
   EXPECT_TRUE(checker.writeStamp());
-  EXPECT_GE(completeStamp(path), before);
-  EXPECT_LE(completeStamp(path), std::time(nullptr));
+  EXPECT_GE(stampOf(readFile(path)), before);
+  EXPECT_LE(stampOf(readFile(path)), std::time(nullptr));
 }
 
 TEST(AliveFileReaderWriter, WaitsEndAliveTimedOutOrStopped)
@@ -182,42 +138,34 @@ TEST(AliveFileReaderWriter, WaitsEndAliveTimedOutOrStopped)
   TempDir dir;
   const std::string path = dir.file("in.alive");
   writeFile(path, "100\t<END>");
-  const struct
-  {
-    std::vector<bool> script; // empty: read the (stale) file
-    int timeout;
-    int stopAt; // the call of the stop function that returns true; 0: never
-    WaitEnd end;
-    int fewestChecks, mostChecks;
-    std::string message; // "stopped after <elapsed> ms " precedes it for a stopped wait
-  } cases[] = {
+  // {verdicts (none: read the stale file), time-out, the call of the stop function that returns true (0:
+  // never), end, fewest and most checks, message}
+  const std::tuple<std::vector<bool>, int, int, WaitEnd, int, int, std::string> cases[] = {
       // Checks after 0, 100 and 200 ms and a last one once 250 ms have passed, fewer if pauses ran long.
       {{}, 250, 0, WaitEnd::TimedOut, 2, 4, "no heartbeat in " + path + " within 250 ms"},
       // The check after the time-out can still find it alive.
       {{false, true}, 0, 0, WaitEnd::Reached, 2, 2, "heartbeat in " + path + " is alive"},
-      {{}, -1, 2, WaitEnd::Stopped, 2, 2, "waiting for a heartbeat in " + path},
+      {{}, -1, 2, WaitEnd::Stopped, 2, 2, " waiting for a heartbeat in " + path},
       {{false, false, true}, -1, 0, WaitEnd::Reached, 3, 3, "heartbeat in " + path + " is alive"},
   };
-  for (const auto& c : cases)
+  for (const auto& [script, timeout, stopAt, end, fewest, most, message] : cases)
   {
-    SCOPED_TRACE(c.message);
-    CountingChecker checker(path, c.script);
+    SCOPED_TRACE(message);
+    ScriptedHeartbeat checker(path, script);
     int stops = 0;
     const auto start = SteadyClock::now();
-    const WaitResult result = checker.waitUntilAlive([&] { return ++stops == c.stopAt; }, c.timeout);
-    EXPECT_EQ(result.end, c.end);
-    EXPECT_GE(checker.checks, c.fewestChecks);
-    EXPECT_LE(checker.checks, c.mostChecks);
-    EXPECT_GE(millisecondsSince(start), std::max(c.timeout, 0));
-    EXPECT_EQ(result.message, c.end == WaitEnd::Stopped
-                                  ? "stopped after " + std::to_string(result.elapsed) + " ms " + c.message
-                                  : c.message);
-    if (c.stopAt != 0)
+    const WaitResult result =
+        checker.waitUntilAlive([&stops, at = stopAt] { return ++stops == at; }, timeout);
+    expectEnd(result, end, message);
+    EXPECT_GE(checker.checks, fewest);
+    EXPECT_LE(checker.checks, most);
+    EXPECT_GE(millisecondsSince(start), std::max(timeout, 0));
+    if (stopAt != 0)
     {
-      EXPECT_EQ(stops, c.stopAt);
+      EXPECT_EQ(stops, stopAt);
     }
   }
   // The plain forms only tell whether it is alive.
-  EXPECT_TRUE(CountingChecker(path, {false, true}).waitForAlive(-1));
-  EXPECT_FALSE(CountingChecker(path, {false}).waitForAlive([] { return true; }, -1));
+  EXPECT_TRUE(ScriptedHeartbeat(path, {false, true}).waitForAlive(-1));
+  EXPECT_FALSE(ScriptedHeartbeat(path, {false}).waitForAlive([] { return true; }, -1));
 }

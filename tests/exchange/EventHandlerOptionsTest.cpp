@@ -14,20 +14,17 @@ using OmbrixTest::streamed;
 namespace
 {
 
-CSVEventHandlerOptions sample()
-{
-  return {.ombrixDirectory = "C:/exchange dir/\"quoted\"\\tail",
-          .inFileTryAttempts = 7,
-          .fileMode = CSVFileMode::Sequential,
-          .syncMode = SyncMode::TimeStep,
-          .syncStartIteration = 1234567,
-          .syncIterationInterval = 5,
-          .useFullEntityNames = true,
-          .stateFileMode = StateFileMode::WriteOnly,
-          .readFailureHandling = ReadFailureHandling::Retry,
-          .solverHeartBeatInterval = 2,
-          .clientHeartBeatGracePeriod = 9};
-}
+const CSVEventHandlerOptions sample = {.ombrixDirectory = "C:/exchange dir/\"quoted\"\\tail",
+                                       .inFileTryAttempts = 7,
+                                       .fileMode = CSVFileMode::Sequential,
+                                       .syncMode = SyncMode::TimeStep,
+                                       .syncStartIteration = 1234567,
+                                       .syncIterationInterval = 5,
+                                       .useFullEntityNames = true,
+                                       .stateFileMode = StateFileMode::WriteOnly,
+                                       .readFailureHandling = ReadFailureHandling::Retry,
+                                       .solverHeartBeatInterval = 2,
+                                       .clientHeartBeatGracePeriod = 9};
 
 AIEventHandlerOptions aiSample()
 {
@@ -59,7 +56,7 @@ TEST(ExchangeModes, Texts)
 
 TEST(CSVEventHandlerOptions, EqualityIgnoresOnlyTheFullNameFlag)
 {
-  const CSVEventHandlerOptions base = sample();
+  const CSVEventHandlerOptions base = sample;
   CSVEventHandlerOptions other = base;
   other.useFullEntityNames = !base.useFullEntityNames;
   EXPECT_TRUE(base == other);
@@ -90,7 +87,7 @@ TEST(CSVEventHandlerOptions, StreamsEveryKeyInOrderAndReadsItBackTheTrivialGroup
 {
   // A host's locale changes no number of the record.
   const OmbrixTest::GroupingLocale grouping;
-  EXPECT_EQ(streamed(sample(), DataStreamKind::Text), R"(<CSVEventHandlerOptions>
+  EXPECT_EQ(streamed(sample, DataStreamKind::Text), R"(<CSVEventHandlerOptions>
   OmbrixDirectory "C:/exchange dir/\"quoted\"\\tail"
   InFileTryAttempts 7
   FileMode 2
@@ -108,12 +105,12 @@ TEST(CSVEventHandlerOptions, StreamsEveryKeyInOrderAndReadsItBackTheTrivialGroup
   {
     SCOPED_TRACE(static_cast<int>(kind));
     CSVEventHandlerOptions flagOff;
-    const CSVEventHandlerOptions read = OmbrixTest::roundTrip(sample(), kind, flagOff);
-    EXPECT_EQ(read, sample());
+    const CSVEventHandlerOptions read = OmbrixTest::roundTrip(sample, kind, flagOff);
+    EXPECT_EQ(read, sample);
     EXPECT_TRUE(read.useFullEntityNames);
-    EXPECT_EQ(OmbrixTest::roundTrip(CSVEventHandlerOptions{}, kind, sample()), CSVEventHandlerOptions{});
+    EXPECT_EQ(OmbrixTest::roundTrip(CSVEventHandlerOptions{}, kind, sample), CSVEventHandlerOptions{});
   }
-  OmbrixTest::expectCutsFail(streamed(sample(), DataStreamKind::Binary), sample());
+  OmbrixTest::expectCutsFail(streamed(sample, DataStreamKind::Binary), sample);
   // The trivial handler's group is empty, and no CSV options group.
   EXPECT_EQ(streamed(TrivialEventHandlerOptions{}, DataStreamKind::Text),
             "<TrivialEventHandlerOptions>\n</TrivialEventHandlerOptions>\n");

@@ -25,10 +25,6 @@ TEST(ExchangeSideLock, ASecondOwnerIsRefusedUntilTheHolderIsKilled)
                    "The solver side of the exchange directory " + directory + " is held by process " +
                        std::to_string(holder.pid()) + " on host " + host +
                        ": stop that solver or give this one another directory");
-  {
-    // The other side is free.
-    const ExchangeSideLock client(ExchangeRole::Client, directory);
-  }
   holder.kill();
   const ExchangeSideLock takenOver(ExchangeRole::Solver, directory);
   EXPECT_EQ(OmbrixTest::readFile(dir.file("out.lock")), std::to_string(::getpid()) + " " + host + "\n");

@@ -13,22 +13,6 @@ using KorvanSDK::SolveState;
 using namespace Ombrix;
 using namespace OmbrixTest;
 
-namespace
-{
-
-void expectEnd(const WaitResult& result, WaitEnd end, const std::string& message)
-{
-  EXPECT_EQ(waitEndToString(result.end), waitEndToString(end)) << message;
-  EXPECT_EQ(result.message, message);
-}
-
-std::string stoppedAfter(const WaitResult& result)
-{
-  return "stopped after " + std::to_string(result.elapsed) + " ms waiting for ";
-}
-
-} // namespace
-
 TEST(ExchangeSide, VocabularyTexts)
 {
   expectNames<WaitEnd>(
@@ -40,32 +24,41 @@ TEST(ExchangeSide, VocabularyTexts)
                                   heartbeatJudgementFromString, static_cast<HeartbeatJudgement>(9));
 }
 
-TEST(ExchangeSide, WaitsSayWhyTheyEnded)
+TEST(ExchangeSide, ClaimsItsSideAndWaitsSayWhyTheyEnded)
 {
   TempDir dir;
   const std::string inAlive = dir.file("in.alive");
   const std::string def = dir.file("def.csv");
-  ExchangeSide solver(ExchangeRole::Solver, dir.path().string(), {.notifiedWaits = true});
-  ExchangeSide client(ExchangeRole::Client, dir.path().string());
+  for (const char* name : {".out.state.1.2.tmp", ".out3.csv.1.2.tmp", ".def.csv.1.2.tmp", ".in.state.1.2.tmp",
+                           ".outlet.csv.1.2.tmp", ".in.csv.1.2.tmp"})
+    writeFile(dir.file(name), "");
+  // The solver's waits keep the polling pace, the client's are notified.
+  ExchangeSide solver(ExchangeRole::Solver, dir.path().string(),
+                      {.notifiedWaits = true, .ignoreNotifications = true});
+  // Claiming a side removes the temporaries of its own files only.
+  std::set<std::string> left;
+  for (const auto& entry : std::filesystem::directory_iterator(dir.path()))
+    left.insert(entry.path().filename().string());
+  EXPECT_EQ(left, (std::set<std::string>{".in.state.1.2.tmp", ".outlet.csv.1.2.tmp", ".in.csv.1.2.tmp",
+                                         "out.lock"}));
+  ExchangeSide client(ExchangeRole::Client, dir.path().string(), {.notifiedWaits = true});
   const auto stop = [] { return true; };
 
   writeFile(inAlive, "100\t<END>");
   expectEnd(solver.waitForPartnerStart(0), WaitEnd::TimedOut,
             "the client did not start: no heartbeat in " + inAlive + " within 0 ms");
-  WaitResult result = solver.waitForPartnerStart(-1, stop);
-  expectEnd(result, WaitEnd::Stopped, stoppedAfter(result) + "a heartbeat in " + inAlive);
+  expectEnd(solver.waitForPartnerStart(-1, stop), WaitEnd::Stopped, " waiting for a heartbeat in " + inAlive);
   writeFile(inAlive, aliveStamp());
   expectEnd(solver.waitForPartnerStart(0), WaitEnd::Reached, "the client is alive");
 
   client.setState(SolveState::Client_Solving);
   const std::set<SolveState> answer = {SolveState::Client_NewDataReady};
-  result = solver.waitForPartnerState(answer, 0);
+  WaitResult result = solver.waitForPartnerState(answer, 0);
   expectEnd(result, WaitEnd::TimedOut,
             "timed out after 0 ms waiting for the client to reach Client_NewDataReady (last seen: 1002)");
   EXPECT_EQ(result.state, SolveState::Client_Solving);
-  result = solver.waitForPartnerState(answer, -1, stop);
-  expectEnd(result, WaitEnd::Stopped,
-            stoppedAfter(result) + "the client to reach Client_NewDataReady (last seen: 1002)");
+  expectEnd(solver.waitForPartnerState(answer, -1, stop), WaitEnd::Stopped,
+            " waiting for the client to reach Client_NewDataReady (last seen: 1002)");
   client.setState(SolveState::Failed);
   expectEnd(solver.waitForPartnerState(answer, -1), WaitEnd::PartnerFailed,
             "the client reports that it failed");
@@ -76,6 +69,21 @@ TEST(ExchangeSide, WaitsSayWhyTheyEnded)
   expectEnd(solver.waitForPartnerState(answer, -1), WaitEnd::Reached,
             "the client reached Client_NewDataReady");
 
+  // An answer written after the first read, as the wait asks its stop function, is found by the next read:
+  // no notification cuts the 100-ms pause short.
+  client.setState(SolveState::Client_Solving);
+  int asked = 0;
+  result = solver.waitForPartnerState(answer, 10000,
+                                      [&]
+                                      {
+                                        if (asked++ == 0)
+                                          client.setState(SolveState::Client_NewDataReady);
+                                        return false;
+                                      });
+  EXPECT_TRUE(result.reached()) << result.message;
+  EXPECT_EQ(asked, 1);
+  EXPECT_GE(result.elapsed, 100);
+
   // A grace period of 0 s finds every stamp too old.
   solver.setHeartbeat(1, 0);
   client.setState(SolveState::Client_Solving);
@@ -84,43 +92,9 @@ TEST(ExchangeSide, WaitsSayWhyTheyEnded)
 
   // The client waits for the solver's files the same way.
   writeFile(dir.file("out.alive"), aliveStamp());
-  result = client.waitForFile("def.csv", -1, stop);
-  expectEnd(result, WaitEnd::Stopped, stoppedAfter(result) + "the solver to write " + def);
-  client.setHeartbeat(1, 0);
-  expectEnd(client.waitForFile("def.csv", -1), WaitEnd::PartnerDead,
-            "the solver stopped answering: its heartbeat in " + dir.file("out.alive") + " is older than 0 s");
-}
-
-TEST(ExchangeSide, MissingNotificationsLeaveThePollingPace)
-{
-  TempDir dir;
-  ExchangeSide solver(ExchangeRole::Solver, dir.path().string(),
-                      {.notifiedWaits = true, .ignoreNotifications = true});
-  ExchangeSide client(ExchangeRole::Client, dir.path().string());
-  writeFile(dir.file("in.alive"), aliveStamp());
-  client.setState(SolveState::Client_Solving);
-  // The answer comes after the first read, as the wait asks its stop function, and no notification can
-  // cut the 100-ms pause short: the next read finds it.
-  int asked = 0;
-  const WaitResult result = solver.waitForPartnerState({SolveState::Client_NewDataReady}, 10000,
-                                                       [&]
-                                                       {
-                                                         if (asked++ == 0)
-                                                           client.setState(SolveState::Client_NewDataReady);
-                                                         return false;
-                                                       });
-  EXPECT_TRUE(result.reached()) << result.message;
-  EXPECT_EQ(asked, 1);
-  EXPECT_GE(result.elapsed, 100);
-}
-
-TEST(ExchangeSide, WaitsForACompleteCSVFile)
-{
-  TempDir dir;
-  const std::string def = dir.file("def.csv");
-  ExchangeSide solver(ExchangeRole::Solver, dir.path().string());
-  ExchangeSide client(ExchangeRole::Client, dir.path().string(), {.notifiedWaits = true});
-  writeFile(dir.file("out.alive"), aliveStamp());
+  expectEnd(client.waitForFile("def.csv", -1, stop), WaitEnd::Stopped,
+            " waiting for the solver to write " + def);
+  // A torn file is not complete; one renamed into place whole ends the wait.
   const std::string header = "<<,START,CSV,VER04,>>\nEntityID\n";
   for (const std::string& torn : {std::string(), header, header + std::string(21, '\0') + "\n"})
   {
@@ -134,23 +108,13 @@ TEST(ExchangeSide, WaitsForACompleteCSVFile)
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
         FileSystem::AtomicFileWriter::replace(def, header + "<<,END,CSV,VER04,>>\n");
       });
-  const WaitResult result = client.waitForFile("def.csv", 10000);
+  result = client.waitForFile("def.csv", 10000);
   writer.join();
   expectEnd(result, WaitEnd::Reached, def + " is complete");
-}
-
-TEST(ExchangeSide, ClaimingRemovesTheTemporariesOfItsOwnFilesOnly)
-{
-  TempDir dir;
-  for (const char* name : {".out.state.1.2.tmp", ".out3.csv.1.2.tmp", ".def.csv.1.2.tmp", ".in.state.1.2.tmp",
-                           ".outlet.csv.1.2.tmp", ".in.csv.1.2.tmp"})
-    writeFile(dir.file(name), "");
-  const ExchangeSide solver(ExchangeRole::Solver, dir.path().string());
-  std::set<std::string> left;
-  for (const auto& entry : std::filesystem::directory_iterator(dir.path()))
-    left.insert(entry.path().filename().string());
-  EXPECT_EQ(left, (std::set<std::string>{".in.state.1.2.tmp", ".outlet.csv.1.2.tmp", ".in.csv.1.2.tmp",
-                                         "out.lock"}));
+  std::filesystem::remove(def);
+  client.setHeartbeat(1, 0);
+  expectEnd(client.waitForFile("def.csv", -1), WaitEnd::PartnerDead,
+            "the solver stopped answering: its heartbeat in " + dir.file("out.alive") + " is older than 0 s");
 }
 
 TEST(ExchangeSide, HeartbeatJudgedByItsChangesNeedsNoSharedClock)

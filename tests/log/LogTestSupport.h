@@ -18,6 +18,17 @@
 namespace OmbrixTest
 {
 
+// The line without its "[<time stamp>]:" prefix; fails the test when the prefix is malformed.
+inline std::string withoutStamp(const std::string& line)
+{
+  static const std::regex stamp(R"(^\[\d{4}-\d{2}-\d{2}T\d{2}:\d{2}:\d{2}\.\d{3,4}Z\]:)");
+  std::smatch match;
+  if (std::regex_search(line, match, stamp))
+    return match.suffix().str();
+  ADD_FAILURE() << "no time stamp at the start of: " << line;
+  return line;
+}
+
 class LogFileFixture : public ::testing::Test
 {
 protected:
@@ -34,43 +45,26 @@ protected:
   std::vector<std::string> lines() const
   {
     const std::string content = readFile(logPath);
-    std::vector<std::string> result;
-    if (content.empty())
-      return result;
-    EXPECT_EQ(content.back(), '\n') << "the log ends in a partial line";
+    EXPECT_TRUE(content.empty() || content.back() == '\n') << "the log ends in a partial line";
     std::istringstream stream(content);
+    std::vector<std::string> result;
     for (std::string line; std::getline(stream, line);)
       result.push_back(line);
     return result;
   }
 
   // The lines without their time stamps.
-  std::vector<std::string> bodies() const;
+  std::vector<std::string> bodies() const
+  {
+    std::vector<std::string> result;
+    for (const auto& line : lines())
+      result.push_back(withoutStamp(line));
+    return result;
+  }
 
   TempDir dir;
   std::string logPath = dir.file("ombrix.log");
 };
-
-// The line without its "[<time stamp>]:" prefix; fails the test when the prefix is malformed.
-inline std::string withoutStamp(const std::string& line)
-{
-  static const std::regex stamp(R"(^\[\d{4}-\d{2}-\d{2}T\d{2}:\d{2}:\d{2}\.\d{3,4}Z\]:)");
-  std::smatch match;
-  if (!std::regex_search(line, match, stamp))
-  {
-    ADD_FAILURE() << "no time stamp at the start of: " << line;
-    return line;
-  }
-  return match.suffix().str();
-}
-
-inline std::vector<std::string> LogFileFixture::bodies() const
-{
-  std::vector<std::string> result;
-  for (const auto& line : lines())
-    result.push_back(withoutStamp(line));
-  return result;
-}
 
 // Calls `sink` with the arguments after `format` as a va_list, as the v-forms of the log take them.
 inline void withArgs(const std::function<void(const char*, va_list)>& sink, const char* format, ...)

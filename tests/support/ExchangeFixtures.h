@@ -1,18 +1,24 @@
-// Shared by the exchange and scenario tests: elapsed times, alive-file stamps, polling for a condition, and
-// a forked writer or lock holder that the test kills like a crashed side.
+// Shared by the exchange and scenario tests: elapsed times, alive-file stamps, a scripted heartbeat, polling
+// for a condition, and a forked writer or lock holder that the test kills like a crashed side.
 #pragma once
 
+#include "ombrix/exchange/AliveFileReaderWriter.h"
+#include "ombrix/exchange/WaitResult.h"
+
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <ctime>
 #include <functional>
+#include <gtest/gtest.h>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 namespace OmbrixTest
 {
@@ -30,18 +36,60 @@ inline std::string aliveStamp(std::int64_t secondsFromNow = 0)
   return std::to_string(static_cast<std::int64_t>(std::time(nullptr)) + secondsFromNow) + "\t<END>";
 }
 
+// The stamp of a complete alive file's `content`, or -1 when it is not "<digits>\t<END>".
+inline std::int64_t stampOf(const std::string& content)
+{
+  const std::size_t tab = content.find('\t');
+  if (tab == 0 || tab == std::string::npos || content.substr(tab) != "\t<END>" ||
+      content.find_first_not_of("0123456789") != tab)
+    return -1;
+  return std::stoll(content.substr(0, tab));
+}
+
+// How a wait ended and its message; a stopped wait's message starts with "stopped after <elapsed> ms".
+inline void expectEnd(const Ombrix::WaitResult& result, Ombrix::WaitEnd end, const std::string& message)
+{
+  EXPECT_EQ(Ombrix::waitEndToString(result.end), Ombrix::waitEndToString(end)) << result.message;
+  EXPECT_EQ(result.message, end == Ombrix::WaitEnd::Stopped
+                                ? "stopped after " + std::to_string(result.elapsed) + " ms" + message
+                                : message);
+}
+
 // Polls `condition` every 10 ms for at most `limit`; true when it held.
 template <typename Condition> bool eventually(Condition condition, std::chrono::milliseconds limit)
 {
-  const auto deadline = SteadyClock::now() + limit;
-  while (!condition())
-  {
+  for (const auto deadline = SteadyClock::now() + limit; !condition();
+       std::this_thread::sleep_for(std::chrono::milliseconds(10)))
     if (SteadyClock::now() > deadline)
       return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
   return true;
 }
+
+// A partner heartbeat that counts its checks; with a script, it replays verdicts instead of reading the
+// file (the last one repeats).
+class ScriptedHeartbeat : public Ombrix::AliveFileReaderWriter
+{
+public:
+  ScriptedHeartbeat(const std::string& path, std::vector<bool> script)
+      : Ombrix::AliveFileReaderWriter(path), m_script(std::move(script))
+  {
+  }
+
+  bool checkAlive() const override
+  {
+    ++checks;
+    if (m_script.empty())
+      return Ombrix::AliveFileReaderWriter::checkAlive();
+    const bool alive = m_script[std::min<std::size_t>(checks, m_script.size()) - 1];
+    setAlive(alive);
+    return alive;
+  }
+
+  mutable int checks = 0;
+
+private:
+  std::vector<bool> m_script;
+};
 
 // A forked copy of this process running `body`, which calls its argument once it is ready (holds a lock,
 // say); the constructor returns only then, so that a kill never strikes a child still being scheduled.
@@ -57,17 +105,11 @@ public:
     m_pid = ::fork();
     if (m_pid == 0)
     {
-      ::close(ready[0]);
-      // Nothing may leave the child but its exit: an escaping exception would run the test program on.
+      // Nothing may leave the child but its exit: an escaping exception would run the test program on. A
+      // failed write reaches the parent as the end of the pipe.
       try
       {
-        body(
-            [&]
-            {
-              const char byte = 1;
-              if (::write(ready[1], &byte, 1) != 1)
-                std::_Exit(1);
-            });
+        body([&] { static_cast<void>(::write(ready[1], "", 1) == 1); });
       }
       catch (...)
       {
