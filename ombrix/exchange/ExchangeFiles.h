@@ -17,6 +17,8 @@ class OMBRIX_API ExchangeFiles final : public InterfaceCSVCommon
 {
 public:
   using InterfaceCSVCommon::InterfaceCSVCommon;
+  // The paths of `files`, a solver's included (its directory may come from the environment).
+  explicit ExchangeFiles(const InterfaceCSVCommon& files) : InterfaceCSVCommon(files) {}
 
   using InterfaceCSVCommon::getDefFile;
   using InterfaceCSVCommon::getFile;

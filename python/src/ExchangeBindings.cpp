@@ -4,6 +4,7 @@
 // interruptible (Ctrl-C) because their stop function looks at Python's signals every poll.
 #include "ombrix/exchange/AliveFileReaderWriter.h"
 #include "ombrix/exchange/CSVEventHandlerOptions.h"
+#include "ombrix/exchange/ExchangeFiles.h"
 #include "ombrix/exchange/InterfaceCSVCommon.h"
 #include "ombrix/exchange/InterfaceCSVCommonSolver.h"
 #include "ombrix/exchange/StateFileReaderWriter.h"
@@ -111,20 +112,7 @@ bool waitForAlive(const AliveFile& alive, int timeout, py::object stop)
   return result;
 }
 
-// The exchange directory's file names; on the solver's side the directory may come from the environment.
-struct ExchangeFiles : Ombrix::InterfaceCSVCommon
-{
-  explicit ExchangeFiles(const Ombrix::InterfaceCSVCommon& files) : Ombrix::InterfaceCSVCommon(files) {}
-  using InterfaceCSVCommon::getDefFile;
-  using InterfaceCSVCommon::getInAliveFile;
-  using InterfaceCSVCommon::getInFile;
-  using InterfaceCSVCommon::getInitFile;
-  using InterfaceCSVCommon::getInStateFile;
-  using InterfaceCSVCommon::getOmbrixPath;
-  using InterfaceCSVCommon::getOutAliveFile;
-  using InterfaceCSVCommon::getOutFile;
-  using InterfaceCSVCommon::getOutStateFile;
-};
+using Ombrix::ExchangeFiles;
 
 ExchangeFiles makeExchangeFiles(const std::string& directory, Ombrix::CSVFileMode mode, bool solver)
 {
