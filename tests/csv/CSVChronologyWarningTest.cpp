@@ -17,7 +17,7 @@ TEST_F(CSVChronologyWarningTest, NamesTheColumnsFoundAndExpected)
 {
   EntityCollection model;
   model.addRootEntity(makeEntity("Heater", "H", EntityID(5, 1)));
-  addDouble(**model.begin(), "Power", AccessType::ReadWrite, 1.0);
+  addValue(**model.begin(), "Power", AccessType::ReadWrite, 1.0);
   CSVDataFileParser writer(model, {Chronology::Initial, Chronology::Next});
   ASSERT_TRUE(writer.saveAs(dir.file("out.csv")));
   model.getEntity(EntityID(5, 1))

@@ -20,7 +20,7 @@ using Table = Ombrix::CSVFileParserBase::Table;
 void buildHeater(EntityCollection& collection)
 {
   auto heater = makeEntity("Heater", "H", EntityID(5, 1));
-  addDouble(*heater, "Power", AccessType::ReadWrite, 0.0);
+  addValue(*heater, "Power", AccessType::ReadWrite, 0.0);
   add<IntAttribute>(*heater, AttributeType::Int, "Count", AccessType::ReadWrite).set(0, Chronology::Initial);
   add<FloatAttribute>(*heater, AttributeType::Float, "Ratio", AccessType::ReadWrite)
       .set(0.0f, Chronology::Initial);
