@@ -169,9 +169,9 @@ TEST_F(OmbrixTool, ValidateReportsEveryProblemWithItsRow)
     int exit;
     std::string lines;
   } cases[] = {
-      {"def.csv", def, "", 0, "F: no problems\n"},
-      {"out.csv", out, "", 0, "F: no problems\n"},
-      {"out.csv", "\xEF\xBB\xBF" + out, "", 1,
+      {"def.csv", def, "--round-trip", 0, "F: no problems\n"},
+      {"out.csv", out, "--round-trip", 0, "F: no problems\n"},
+      {"out.csv", "\xEF\xBB\xBF" + out, "--round-trip", 1,
        "F:1: The file begins with a UTF-8 byte-order mark, which hides its header row from the reader: save "
        "it as "
        "UTF-8 without byte-order mark\nF:1: Missing FileHeader\n"},
@@ -179,27 +179,31 @@ TEST_F(OmbrixTool, ValidateReportsEveryProblemWithItsRow)
        "F:1: Fields are separated by ';': the exchange files separate them with ',' (as a spreadsheet saves "
        "them with "
        "';' as its list separator)\nF:1: Missing FileHeader\n"},
-      {"out.csv", out.substr(0, out.rfind("<<,END")), "", 1, "F:16: Missing FileFooter\n"},
-      {"out.csv", withValue(withValue(out, "Probe.Temperature", "nan"), "Mean Temperature", "-inf"), "", 1,
+      {"out.csv", out.substr(0, out.rfind("<<,END")), "--round-trip", 1, "F:16: Missing FileFooter\n"},
+      {"out.csv", withValue(withValue(out, "Probe.Temperature", "nan"), "Mean Temperature", "-inf"),
+       "--round-trip", 1,
        "F:12: CurrentValue of 2-1:Probe.Temperature ('nan') is NaN: it travels, but every computation it "
        "enters gives "
        "NaN\nF:14: CurrentValue of 2-1:Mean Temperature ('-inf') is infinite: it travels, but no solver "
        "quantity is\n"},
-      {"out.csv", withValue(out, "Probe.Position", "1e-7"), "", 1,
+      {"out.csv",
+       withValue(withValue(withValue(out, "Probe.Position", "1e-7"), "Probe.Temperature", "318.5"),
+                 "Mean Temperature", "311.5"),
+       "", 1,
        "F:13: CurrentValue of 2-1:Probe.Position ('1e-7') is written 0.000000 by the default six-decimal "
        "number "
        "format, which reads back as another number: the value changes when the model is written again (use "
        "the "
        "round-trip number format, or a unit that needs fewer decimals)\n"},
       {"out.csv",
-       std::regex_replace(out, std::regex("1-1,Solution Control,Solution Control,Results.Time,.*\n"), ""), "",
-       1,
+       std::regex_replace(out, std::regex("1-1,Solution Control,Solution Control,Results.Time,.*\n"), ""),
+       "--round-trip", 1,
        "F:3: Missing solution-control rows: Results.Time of 'Solution Control' 'Solution Control' are "
        "required\n"},
       {"out.csv",
        withValue(withValue(withValue(out, "Probe.Temperature", "50OO"), "Heat Flux", "\"5000,5\""),
                  "Iterations.Number of Iterations", "2.5"),
-       "", 1,
+       "--round-trip", 1,
        "F:8: Invalid value '2.5' in CurrentValue of 1-1:Iterations.Number of Iterations: the text is not "
        "entirely a "
        "number of type Int\nF:12: Invalid value '50OO' in CurrentValue of 2-1:Probe.Temperature: the text is "
@@ -207,8 +211,8 @@ TEST_F(OmbrixTool, ValidateReportsEveryProblemWithItsRow)
        "entirely a number of type Double\nF:15: Invalid value '5000,5' in CurrentValue of 3-1:Heat Flux: the "
        "text "
        "is not entirely a number of type Double\n"},
-      {"in.csv", readFile((d / "in7.csv").string()), "--skip-read-only", 0, "F: no problems\n"},
-      {"out.csv", withValue(out, "Probe.Temperature", "nan"), "--json", 1,
+      {"in.csv", readFile((d / "in7.csv").string()), "--skip-read-only --round-trip", 0, "F: no problems\n"},
+      {"out.csv", withValue(out, "Probe.Temperature", "nan"), "--json --round-trip", 1,
        "{\"file\": \"F\", \"kind\": \"data\", \"problems\": [{\"row\": 12, \"message\": \"CurrentValue of "
        "2-1:Probe.Temperature ('nan') is NaN: it travels, but every computation it enters gives NaN\"}], "
        "\"count\": 1}\n"},

@@ -64,7 +64,7 @@ Frame findFrame(const Table& rows)
 
 // What a value's text would do that its reader lets through: text after the number, NaN or an infinity, or
 // digits that the six-decimal format of the writers drops.
-std::optional<std::string> numberProblem(const std::string& text, AttributeType type)
+std::optional<std::string> numberProblem(const std::string& text, AttributeType type, bool roundTrip)
 {
   if (type != AttributeType::Int && type != AttributeType::Float && type != AttributeType::Double)
     return std::nullopt;
@@ -101,7 +101,7 @@ std::optional<std::string> numberProblem(const std::string& text, AttributeType 
     return std::string("is NaN: it travels, but every computation it enters gives NaN");
   if (std::isinf(value))
     return std::string("is infinite: it travels, but no solver quantity is");
-  if (back != value)
+  if (back != value && !roundTrip)
     return "is written " + fixed +
            " by the default six-decimal number format, which reads back as another "
            "number: the value changes when the model is written again (use the "
@@ -176,6 +176,10 @@ void ValidateCommand::do_addOptions(CLI::App& command)
       ->check(CLI::IsMember({"solver", "client"}));
   command.add_flag("--skip-read-only", m_skipReadOnly,
                    "pass over rows of read-only attributes, as a solver does that reads a whole model back");
+  command.add_flag(
+      "--round-trip", m_roundTrip,
+      "the exchange writes numbers in the round-trip form (as the examples and the Python client "
+      "do): do not report values that the default six-decimal format would change");
   command.add_flag("--json", m_json, "print the problems as one JSON object");
 }
 
@@ -331,7 +335,7 @@ std::vector<Problem> ValidateCommand::validate(bool& definition) const
       }
       for (const std::size_t c : valueColumns)
         if (!row[c].empty())
-          if (const auto problem = numberProblem(row[c], type))
+          if (const auto problem = numberProblem(row[c], type, m_roundTrip))
             problems.push_back({r + 1, header[c] + " of " + row[*idColumn] + ":" + path + " ('" + row[c] +
                                            "') " + *problem});
     }

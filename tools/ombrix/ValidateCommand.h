@@ -32,6 +32,7 @@ private:
   std::string m_definition;
   std::string m_reader;
   bool m_skipReadOnly = false;
+  bool m_roundTrip = false;
   bool m_json = false;
 };
 
