@@ -241,16 +241,12 @@ TEST(DataStream, EncodingsAreExact)
 
   // Indentation and line breaks are not checked on reading; 1 and 0 are booleans too.
   DataIStream in("<A>\tK 1 0\r\n\n \"x y\"\n</A>", DataStreamKind::Text);
-  bool yes = false;
-  bool no = true;
-  std::string text;
+  std::tuple<bool, bool, std::string> read(false, true, "");
   in.beginSection("A");
-  item(in, "K", yes, no, text);
+  std::apply([&in](auto&... values) { item(in, "K", values...); }, read);
   in.endSection();
   EXPECT_TRUE(in.good() && in.atEnd());
-  EXPECT_TRUE(yes);
-  EXPECT_FALSE(no);
-  EXPECT_EQ(text, "x y");
+  EXPECT_EQ(read, std::tuple(true, false, std::string("x y")));
 }
 
 // Read back, a record written again gives the same bytes: every member was read.

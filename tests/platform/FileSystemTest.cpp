@@ -1,10 +1,8 @@
 #include "ombrix/platform/File.h"
 #include "ombrix/platform/Path.h"
-#include "ombrix/platform/SystemEnvironmentVariables.h"
 
 #include "support/TestSupport.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
 
@@ -22,24 +20,6 @@ TEST(Path, StripTrailingSlash)
     SCOPED_TRACE(path);
     EXPECT_EQ(FileSystem::Path::stripTrailingSlash(path), stripped);
   }
-}
-
-TEST(SystemEnvironmentVariables, FallbackOnlyWhenUnset)
-{
-  const std::string name = "OMBRIX_PLATFORM_TEST_VARIABLE";
-  auto& variables = FileSystem::SystemEnvironmentVariables::instance();
-
-  ::unsetenv(name.c_str());
-  EXPECT_EQ(variables.get(name), std::nullopt);
-  EXPECT_EQ(variables.get(name, "fallback"), "fallback");
-
-  ::setenv(name.c_str(), "", 1);
-  EXPECT_EQ(variables.get(name), std::optional<std::string>(""));
-  EXPECT_EQ(variables.get(name, "fallback"), "");
-
-  ::setenv(name.c_str(), "/exchange dir/", 1);
-  EXPECT_EQ(variables.get(name, "fallback"), "/exchange dir/");
-  ::unsetenv(name.c_str());
 }
 
 TEST(File, ExistsWritesAtomicallyAndReadsAll)

@@ -27,7 +27,7 @@ def client_data(definition):
     )
 
 
-def test_a_data_file_reads_into_arrays_by_kind_with_each_values_place(definition, out_file):
+def test_a_data_file_reads_into_arrays_by_kind_and_writes_them_changed(definition, out_file, tmp_path):
     data = client_data(definition)
     values = data.read(out_file)
     double = values.double
@@ -46,17 +46,13 @@ def test_a_data_file_reads_into_arrays_by_kind_with_each_values_place(definition
     assert again.double.paths is double.paths and again.double.values is not double.values
     with pytest.raises(ValueError):
         double.paths[0] = 1  # the places are shared and read-only
-
-
-def test_arrays_changed_in_place_or_replaced_are_written(definition, out_file, tmp_path):
-    data = client_data(definition)
-    values = data.read(out_file)
-    values.double.values *= 2
-    values.int.values = [7, 7, 7, 7]
-    values.string.values = ["a", "b"]
-    data.write(str(tmp_path / "in.csv"), values)
+    # Arrays changed in place or replaced are written.
+    again.double.values *= 2
+    again.int.values = [7, 7, 7, 7]
+    again.string.values = ["a", "b"]
+    data.write(str(tmp_path / "in.csv"), again)
     back = client_data(definition).read(str(tmp_path / "in.csv"))
-    assert back.double.values.tolist() == values.double.values.tolist()
+    assert back.double.values.tolist() == again.double.values.tolist() == (double.values * 2).tolist()
     assert back.int.values.tolist() == [7, 7, 7, 7] and back.string.values == ["a", "b"]
 
 

@@ -4,8 +4,9 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <functional>
 #include <gtest/gtest.h>
+#include <map>
+#include <optional>
 #include <regex>
 #include <sys/wait.h>
 
@@ -97,63 +98,44 @@ TEST_F(OmbrixTool, InspectsTheExampleRun)
 
 TEST_F(OmbrixTool, InspectFindsHandBrokenFiles)
 {
-  const struct
-  {
-    const char* name;
-    std::function<void(const fs::path&)> breakIt;
-    const char* line;
-  } cases[] = {
-      {"state without end marker",
-       [](const fs::path& d) { writeFile((d / "out.state").string(), "2016\tCFDSolver_SolveStarted"); },
+  const std::string def = readFile((dir() / "def.csv").string()),
+                    out = readFile((dir() / "out7.csv").string());
+  // {files written over a copy of the example's (nullopt removes one; none at all: an empty directory), the
+  // line inspect reports}
+  const std::pair<std::map<std::string, std::optional<std::string>>, const char*> cases[] = {
+      {{{"out.state", "2016\tCFDSolver_SolveStarted"}},
        "problem: out.state: has no end marker \"<END>\": the solver's partner reads it as 0\n"},
-      {"failed client", [](const fs::path& d) { writeFile((d / "in.state").string(), "12\tFailed\t<END>"); },
-       "problem: in.state: the client reports that it failed\n"},
-      {"unknown state", [](const fs::path& d) { writeFile((d / "in.state").string(), "77\tX\t<END>"); },
-       "problem: in.state: 77 is not a solve state of the exchange\n"},
-      {"stale heartbeat",
-       [](const fs::path& d)
-       {
-         writeFile((d / "out.state").string(), "2001\tCFDSolver_WaitForData\t<END>");
-         writeFile((d / "out.alive").string(), "100\t<END>");
-       },
+      {{{"in.state", "12\tFailed\t<END>"}}, "problem: in.state: the client reports that it failed\n"},
+      {{{"in.state", "77\tX\t<END>"}}, "problem: in.state: 77 is not a solve state of the exchange\n"},
+      {{{"out.state", "2001\tCFDSolver_WaitForData\t<END>"}, {"out.alive", "100\t<END>"}},
        " d old, beyond the grace period of 100000 s: the solver stopped answering (last state 2001)\n"},
-      {"half-written heartbeat",
-       [](const fs::path& d) { writeFile((d / "in.alive").string(), "1795443634"); },
-       "problem: in.alive: incomplete: no stamp followed by the end marker\n"},
-      {"def.csv cut off",
-       [](const fs::path& d)
-       {
-         const std::string def = readFile((d / "def.csv").string());
-         writeFile((d / "def.csv").string(), def.substr(0, def.rfind("<<,END")));
-       },
-       "problem: def.csv: Missing FileFooter\n"},
-      {"bad value in the latest data file",
-       [](const fs::path& d)
-       {
-         writeFile((d / "out7.csv").string(),
-                   withValue(readFile((d / "out7.csv").string()), "Probe.Temperature", "warm"));
-       },
+      {{{"in.alive", "1795443634"}}, "problem: in.alive: incomplete: no stamp followed by the end marker\n"},
+      {{{"def.csv", def.substr(0, def.rfind("<<,END"))}}, "problem: def.csv: Missing FileFooter\n"},
+      {{{"out7.csv", withValue(out, "Probe.Temperature", "warm")}},
        "out7.csv, row 12: Invalid value 'warm' in CurrentValue of 2-1:Probe.Temperature: invalid stod "
        "argument\n"},
-      {"no definition", [](const fs::path& d) { fs::remove(d / "def.csv"); },
-       "problem: def.csv: missing, while data files are there\n"},
-      {"not an exchange directory",
-       [](const fs::path& d)
-       {
-         fs::remove_all(d);
-         fs::create_directory(d);
-       },
-       "problem: holds none of the exchange files"},
+      {{{"def.csv", std::nullopt}}, "problem: def.csv: missing, while data files are there\n"},
+      {{}, "problem: holds none of the exchange files"},
   };
-  for (const auto& c : cases)
+  for (const auto& [files, line] : cases)
   {
-    SCOPED_TRACE(c.name);
+    SCOPED_TRACE(line);
     TempDir scratch;
-    fs::copy(dir(), scratch.path() / "exchange");
-    c.breakIt(scratch.path() / "exchange");
+    const fs::path exchange = scratch.path() / "exchange";
+    if (files.empty())
+      fs::create_directory(exchange);
+    else
+      fs::copy(dir(), exchange);
+    for (const auto& [name, content] : files)
+    {
+      if (content)
+        writeFile((exchange / name).string(), *content);
+      else
+        fs::remove(exchange / name);
+    }
     const Result run = ombrix(scratch.path(), "inspect exchange --grace 100000");
     EXPECT_EQ(run.exit, 1);
-    EXPECT_NE(run.out.find(c.line), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find(line), std::string::npos) << run.out;
   }
 }
 
