@@ -157,6 +157,8 @@ TEST(CSVParser, ReadsAppendsAndWritesFiles)
   EXPECT_EQ(OmbrixTest::readFile(path), "a,b\nc\n");
   ASSERT_TRUE(parser.parseFile(path, true));
   EXPECT_EQ(parser.rows(), (Table{{"c"}, {"a", "b"}, {"c"}}));
+  parser.clear();
+  EXPECT_TRUE(parser.rows().empty());
   parser.rows() = {{"c"}};
   ASSERT_TRUE(parser.saveAs(path));
   EXPECT_EQ(OmbrixTest::readFile(path), "c\n");
