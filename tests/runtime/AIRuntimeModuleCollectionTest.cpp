@@ -225,8 +225,10 @@ TEST_F(AIRuntimeModuleCollectionTest, BatchGivesTheResultsOfExecutingOneByOne)
   Cells other;
   OmbrixTest::RecordingModuleCollection recording;
   recording.add(Python);
-  const auto build = [](Cells& model)
+  // Functors of every module kind, initialised against `runtime` but for the recorded one.
+  const auto build = [&recording](Cells& model, AISystem::AIModuleCollection& runtime)
   {
+    model.at(4, "B").setDoubleValue(NAN, Chronology::Current, false); // one entity error amid the batch
     std::vector<AIFunctor> functors;
     for (int c = 0; c < cells; ++c)
     {
@@ -237,20 +239,13 @@ TEST_F(AIRuntimeModuleCollectionTest, BatchGivesTheResultsOfExecutingOneByOne)
       else
         functors.push_back(
             model.functor(c % 2 ? Network : Scaled, c, {"A", "B"}, {"Out"}, "F" + std::to_string(c)));
+      functors.back().initialize(c == 7 ? recording : runtime, model.entities, false, false);
     }
-    model.at(4, "B").setDoubleValue(NAN, Chronology::Current, false); // one entity error amid the batch
     return functors;
   };
   AIRuntimeModuleCollection runtime(definitions), otherRuntime(other.definitions);
-  auto single = build(*this);
-  auto batched = build(other);
-  for (std::size_t f = 0; f < single.size(); ++f)
-  {
-    single[f].initialize(f == 7 ? static_cast<AISystem::AIModuleCollection&>(recording) : runtime, entities,
-                         false, false);
-    batched[f].initialize(f == 7 ? static_cast<AISystem::AIModuleCollection&>(recording) : otherRuntime,
-                          other.entities, false, false);
-  }
+  auto single = build(*this, runtime);
+  auto batched = build(other, otherRuntime);
   std::vector<EntityError> expected;
   for (auto& f : single)
     for (auto& error : f.execute())
