@@ -163,10 +163,7 @@ TEST_F(AIFunctorTest, EqualityIgnoresOwnerAndInitialisation)
       AIFunctor("F", &network(), base.getInputs(), base.getOutputs(), nullptr),
   };
   for (const auto& other : differing)
-  {
-    EXPECT_NE(base, other);
-    EXPECT_FALSE(base == other);
-  }
+    EXPECT_NE(base, other); // != is the negation of ==
 }
 
 TEST_F(AIFunctorTest, StreamFormRoundTripAndCuts)
@@ -200,7 +197,6 @@ TEST_F(AIFunctorTest, StreamFormRoundTripAndCuts)
   {
     AIFunctor read = OmbrixTest::roundTrip(original, kind);
     EXPECT_EQ(read, original);
-    EXPECT_EQ(read.getName(), "F");
     EXPECT_FALSE(read.isInitialized());
     EXPECT_EQ(read.getOwner(), original.getOwner());
     read.initialize(modules, entities, false, false);

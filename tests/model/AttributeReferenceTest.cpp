@@ -74,19 +74,11 @@ TEST_F(AttributeReferenceTest, ReattachFindsThePlaceInARebuiltCollectionOrKeepsT
   EXPECT_TRUE(reference.reattach(collection));
   EXPECT_EQ(reference.lastError(), "");
 
-  const std::tuple<EntityID, const char*, const char*> cases[] = {
-      {EntityID(3, 4), "Results.Missing", "Invalid path [3-4] of type Pump : Results.Missing"},
-      {EntityID(9, 9), "Results.Time", "No Entity found with entityID='9-9'"},
-  };
-  for (const auto& [id, path, error] : cases)
-  {
-    SCOPED_TRACE(path);
-    Reference unresolvable(id, AttributePath(path));
-    EXPECT_NO_THROW(EXPECT_FALSE(unresolvable.reattach(collection)));
-    EXPECT_FALSE(static_cast<bool>(unresolvable));
-    EXPECT_EQ(unresolvable.lastError(), error);
-    EXPECT_EQ(unresolvable.getEntityID(), id);
-  }
+  Reference unresolvable(EntityID(3, 4), AttributePath("Results.Missing"));
+  EXPECT_NO_THROW(EXPECT_FALSE(unresolvable.reattach(collection)));
+  EXPECT_FALSE(static_cast<bool>(unresolvable));
+  EXPECT_EQ(unresolvable.lastError(), "Invalid path [3-4] of type Pump : Results.Missing");
+  EXPECT_EQ(unresolvable.getEntityID(), EntityID(3, 4));
   Reference withoutId;
   EXPECT_FALSE(withoutId.reattach(collection));
   EXPECT_TRUE(withoutId.empty());
@@ -98,7 +90,6 @@ TEST_F(AttributeReferenceTest, EqualityComparesPlacesNotPointers)
   Reference attached(time());
   Reference byPlace(EntityID(3, 4), AttributePath("Results.Time"));
   EXPECT_TRUE(attached == byPlace);
-  EXPECT_FALSE(attached != byPlace);
   EXPECT_TRUE(Reference() == Reference());
   EXPECT_TRUE(attached != Reference(EntityID(3, 4), AttributePath("Results")));
   EXPECT_TRUE(attached != Reference(EntityID(3, 5), AttributePath("Results.Time")));

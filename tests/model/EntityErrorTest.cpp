@@ -37,10 +37,7 @@ TEST(EntityError, ConstructionFromEntityTakesItsIdAndEqualityComparesEveryField)
   for (const auto& other : {EntityError(EntityID(1, 2), "n", EntityErrorLevel::Error),
                             EntityError(EntityID(1, 2), "m", EntityErrorLevel::Fatal), withModelError,
                             emptyModelError, otherEntity})
-  {
-    EXPECT_NE(base, other);
-    EXPECT_FALSE(base == other);
-  }
+    EXPECT_NE(base, other); // != is the negation of ==
 }
 
 TEST(EntityError, StreamRoundTripAndCuts)

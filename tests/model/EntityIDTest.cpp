@@ -48,7 +48,7 @@ TEST(EntityIDTest, TextRoundTripsAndBothElementsCount)
   EXPECT_FALSE(EntityID(2, 0) < EntityID(1, 9));
 }
 
-TEST(EntityIDTest, GeneratedIDsAreDistinctAlsoAcrossThreads)
+TEST(EntityIDTest, GeneratedIDsAreDistinctAlsoAcrossThreadsAndAGivenIDDrawsNone)
 {
   constexpr int perThread = 2000;
   std::vector<int> firsts[2];
@@ -71,10 +71,8 @@ TEST(EntityIDTest, GeneratedIDsAreDistinctAlsoAcrossThreads)
   EntityID id(5, 5);
   id.generateNew();
   EXPECT_NE(id, EntityID(5, 5));
-}
 
-TEST(EntityIDTest, AnEntityGivenItsIDDrawsNoFreshOne)
-{
+  // An entity given its ID draws no fresh one.
   const EntityID before;
   const Ombrix::Model::Entity known("Pump", "P1", EntityID(3, 17), KorvanSDK::AccessType::ReadOnly);
   const EntityID after;

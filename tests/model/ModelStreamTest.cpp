@@ -54,7 +54,8 @@ EntityCollection fullCollection()
   addLink<ListAttribute>(*plant, "Refs", false, "uses").addEntity(makeEntity("Pump", "Ref", EntityID(40, 0)));
   addLink<ArrayAttribute>(*plant, "EmptyArray", true, "x");
 
-  OmbrixTest::addShortcut(results, "AllSpeeds", {"Pumps.0.Speed", "Pumps.2.Speed", "Gone.Away", "a..b"});
+  // Paths stream with empty segments and blanks.
+  OmbrixTest::addShortcut(results, "AllSpeeds", {"Pumps.0.Speed", "Pumps.2.Speed", "Gone.Away", ".a..b c"});
 
   EntityCollection collection(std::move(plant));
   collection.addRootEntity(makeEntity("Solution Control", "SC", EntityID(0, 0)));
@@ -79,7 +80,8 @@ TEST(ModelStreamTest, CollectionRoundTripsInBothKinds)
     EXPECT_TRUE(original.isEqual(read));
     EXPECT_EQ(OmbrixTest::streamed(read, kind), OmbrixTest::streamed(original, kind));
 
-    // The links are wired up again: paths, full names, shortcuts and ownership work on the copy.
+    // Equality covers the values of every chronology, the storage kind and the solution-control definition;
+    // the links are wired up again: paths, full names, shortcuts and ownership work on the copy.
     Entity* motor = read.getEntity(EntityID(22, 0));
     EXPECT_EQ(motor->getName(true), "Main->P2->M");
     EXPECT_EQ(motor->getParentEntityLink()->getType(), "Motor");
@@ -87,13 +89,6 @@ TEST(ModelStreamTest, CollectionRoundTripsInBothKinds)
     const Attribute& allSpeeds =
         read.getEntity(EntityID(-1, 7))->getAttribute(AttributePath("Results.AllSpeeds"));
     EXPECT_EQ(allSpeeds.getDoubleValue(C::Current, false), 0.0); // 0 and 200 disagree
-    const auto& time = static_cast<const DoubleAttribute&>(
-        read.getEntity(EntityID(-1, 7))->getAttribute(AttributePath("Results.Time")));
-    EXPECT_EQ(time.getStorageType(), ValueType::Chronological);
-    EXPECT_EQ(time.get(C::Current), 1.0 / 3.0);
-    EXPECT_EQ(time.get(C::Next), std::numeric_limits<double>::max());
-    EXPECT_EQ(read.getSolutionControl()->getUniqueID(), EntityID(0, 0));
-    EXPECT_EQ(read.getSolutionControlDefinition().getTimePath().toString(), "Results.Simulated Time");
   }
   // Equality sees a changed value and a renamed entity.
   EntityCollection changed = fullCollection(), renamed = fullCollection();

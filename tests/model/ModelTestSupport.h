@@ -58,4 +58,13 @@ inline Ombrix::Model::ShortcutAttribute& addShortcut(Ombrix::Model::CompositeAtt
   return shortcut;
 }
 
+// The own names of `entities` (entity pointers), in order.
+template <typename Entities> std::vector<std::string> entityNames(const Entities& entities)
+{
+  std::vector<std::string> names;
+  for (const Ombrix::Model::Entity* entity : entities)
+    names.push_back(entity->name());
+  return names;
+}
+
 } // namespace OmbrixTest

@@ -146,7 +146,6 @@ TEST_F(ShortcutAttributeTest, IndexLookupsAndTargets)
   EXPECT_EQ(s.getShortcut(1), &v);
   EXPECT_EQ(s[2], &group);
   EXPECT_EQ(s.getFirstValidShortcut(), &v);
-  EXPECT_THROW_MSG(s.getShortcut(3), std::out_of_range, "No Shortcut_i='3'");
   EXPECT_THROW_MSG(s[17], std::out_of_range, "No Shortcut_i='17'");
 
   auto& inner = addShortcut(entity, "Inner", {"W"});

@@ -44,46 +44,35 @@ TEST(ValueTextTest, RoundTripFormReadsBackBitIdentical)
 
 TEST(ValueTextTest, ParsingFollowsTheStandardConversions)
 {
-  struct Case
-  {
-    const char* text;
-    double value;
-    std::size_t used;
-  };
-  const Case cases[] = {
+  // {text, value, characters used}
+  const std::tuple<const char*, double, std::size_t> cases[] = {
       {" \t1.5x", 1.5, 5}, {"+2", 2.0, 2}, {"-.5", -0.5, 3},       {"1e3", 1000.0, 3}, {"1e", 1.0, 1},
       {"0x1.8p1", 3.0, 7}, {"0x", 0.0, 1}, {"-INF", -INFINITY, 4}, {"1,5", 1.0, 1},    {"5e-324", 5e-324, 6},
   };
   EXPECT_TRUE(std::isnan(parseDouble("nan")));
-  for (const Case& c : cases)
-  {
-    SCOPED_TRACE(c.text);
-    std::size_t used = 0;
-    EXPECT_EQ(parseDouble(c.text, &used), c.value);
-    EXPECT_EQ(used, c.used);
-  }
   std::size_t used = 0;
+  for (const auto& [text, value, expectedUsed] : cases)
+  {
+    SCOPED_TRACE(text);
+    EXPECT_EQ(parseDouble(text, &used), value);
+    EXPECT_EQ(used, expectedUsed);
+  }
   EXPECT_EQ(parseInt(" -2147483648 ", &used), std::numeric_limits<int>::min());
   EXPECT_EQ(used, 12u);
   EXPECT_EQ(parseInt("+7"), 7);
-  struct Failure
-  {
-    const char* text;
-    bool range;
-    const char* message;
-  };
-  const Failure failures[] = {
+  // {text, out of range (else invalid), message}
+  const std::tuple<const char*, bool, const char*> failures[] = {
       {"", false, "invalid stod argument"},           {"+-1", false, "invalid stod argument"},
       {"- 1", false, "invalid stod argument"},        {"1e999", true, "stod argument out of range"},
       {"1e-999", true, "stod argument out of range"},
   };
-  for (const Failure& f : failures)
+  for (const auto& [text, range, message] : failures)
   {
-    SCOPED_TRACE(f.text);
-    if (f.range)
-      EXPECT_THROW_MSG(parseDouble(f.text), std::out_of_range, f.message);
+    SCOPED_TRACE(text);
+    if (range)
+      EXPECT_THROW_MSG(parseDouble(text), std::out_of_range, message);
     else
-      EXPECT_THROW_MSG(parseDouble(f.text), std::invalid_argument, f.message);
+      EXPECT_THROW_MSG(parseDouble(text), std::invalid_argument, message);
   }
   EXPECT_THROW_MSG(parseInt("2147483648"), std::out_of_range, "stoi argument out of range");
   EXPECT_THROW_MSG(parseInt("+-1"), std::invalid_argument, "invalid stoi argument");

@@ -108,7 +108,7 @@ class AIRuntimeModuleCollectionTest : public ::testing::Test, public Cells
 {
 };
 
-TEST_F(AIRuntimeModuleCollectionTest, RunsEachModuleTypeThroughItsFunctors)
+TEST_F(AIRuntimeModuleCollectionTest, RunsEachModuleTypeThroughItsFunctorsAtTheChosenChronologies)
 {
   AIRuntimeModuleCollection runtime(definitions);
   EXPECT_EQ(runtime.size(), definitions.size());
@@ -133,6 +133,20 @@ TEST_F(AIRuntimeModuleCollectionTest, RunsEachModuleTypeThroughItsFunctors)
   EXPECT_EQ(value(3, "B"), 3.0);
   EXPECT_EQ(at(5, "Count").getIntValue(Chronology::Current, false), 5); // 2 + 2 + 0.5 rounds away from 0
   EXPECT_EQ(at(6, "Ratio").getFloatValue(Chronology::Current, false), 6 + 3 + 0.5f);
+
+  // A runtime that reads and writes at other chronologies.
+  AIRuntimeModuleCollection chosen;
+  chosen.setChronologies(Chronology::Initial, Chronology::Next);
+  chosen.add(*definitions.getDefinition(Network));
+  EXPECT_THROW_MSG(chosen.add(*definitions.getDefinition(Network)), std::invalid_argument,
+                   "AI runtime: module 0 exists already");
+  at(2, "A").setDoubleValue(7, Chronology::Initial, false);
+  at(2, "B").setDoubleValue(1, Chronology::Initial, false);
+  AIFunctor f = functor(Network, 2, {"A", "B"}, {"Out"});
+  f.initialize(chosen, entities, false, false);
+  f.execute();
+  EXPECT_EQ(at(2, "Out").getDoubleValue(Chronology::Next, false), 7 + 2 * 1 + 0.5);
+  EXPECT_EQ(value(2, "Out"), 0.0);
 }
 
 TEST_F(AIRuntimeModuleCollectionTest, RefusesAtInitialisationWhatWouldFailAtTheFirstStep)
@@ -211,8 +225,10 @@ TEST_F(AIRuntimeModuleCollectionTest, BatchGivesTheResultsOfExecutingOneByOne)
   Cells other;
   OmbrixTest::RecordingModuleCollection recording;
   recording.add(Python);
-  const auto build = [](Cells& model)
+  // Functors of every module kind, initialised against `runtime` but for the recorded one.
+  const auto build = [&recording](Cells& model, AISystem::AIModuleCollection& runtime)
   {
+    model.at(4, "B").setDoubleValue(NAN, Chronology::Current, false); // one entity error amid the batch
     std::vector<AIFunctor> functors;
     for (int c = 0; c < cells; ++c)
     {
@@ -223,20 +239,13 @@ TEST_F(AIRuntimeModuleCollectionTest, BatchGivesTheResultsOfExecutingOneByOne)
       else
         functors.push_back(
             model.functor(c % 2 ? Network : Scaled, c, {"A", "B"}, {"Out"}, "F" + std::to_string(c)));
+      functors.back().initialize(c == 7 ? recording : runtime, model.entities, false, false);
     }
-    model.at(4, "B").setDoubleValue(NAN, Chronology::Current, false); // one entity error amid the batch
     return functors;
   };
   AIRuntimeModuleCollection runtime(definitions), otherRuntime(other.definitions);
-  auto single = build(*this);
-  auto batched = build(other);
-  for (std::size_t f = 0; f < single.size(); ++f)
-  {
-    single[f].initialize(f == 7 ? static_cast<AISystem::AIModuleCollection&>(recording) : runtime, entities,
-                         false, false);
-    batched[f].initialize(f == 7 ? static_cast<AISystem::AIModuleCollection&>(recording) : otherRuntime,
-                          other.entities, false, false);
-  }
+  auto single = build(*this, runtime);
+  auto batched = build(other, otherRuntime);
   std::vector<EntityError> expected;
   for (auto& f : single)
     for (auto& error : f.execute())
@@ -259,22 +268,6 @@ TEST_F(AIRuntimeModuleCollectionTest, BatchGivesTheResultsOfExecutingOneByOne)
   EXPECT_THROW_MSG(otherRuntime.executeBatch(batched), std::runtime_error,
                    "Error in AI Model : F39 No Model");
   EXPECT_EQ(other.value(1, "Out"), -1);
-}
-
-TEST_F(AIRuntimeModuleCollectionTest, ReadsAndWritesAtTheChosenChronologies)
-{
-  AIRuntimeModuleCollection runtime;
-  runtime.setChronologies(Chronology::Initial, Chronology::Next);
-  runtime.add(*definitions.getDefinition(Network));
-  EXPECT_THROW_MSG(runtime.add(*definitions.getDefinition(Network)), std::invalid_argument,
-                   "AI runtime: module 0 exists already");
-  at(2, "A").setDoubleValue(7, Chronology::Initial, false);
-  at(2, "B").setDoubleValue(1, Chronology::Initial, false);
-  AIFunctor f = functor(Network, 2, {"A", "B"}, {"Out"});
-  f.initialize(runtime, entities, false, false);
-  f.execute();
-  EXPECT_EQ(at(2, "Out").getDoubleValue(Chronology::Next, false), 7 + 2 * 1 + 0.5);
-  EXPECT_EQ(value(2, "Out"), 0.0);
 }
 
 } // namespace

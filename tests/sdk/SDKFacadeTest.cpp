@@ -145,7 +145,7 @@ TEST_F(SDKFacade, EntityGivesItsNamesAndChildrenByIndexNameAndPath)
   EXPECT_EQ(get<EntityID>([&](EntityID& id) { return load.getEntityID(id); }), EntityID(3, 4));
 }
 
-TEST_F(SDKFacade, KindsAndNarrowing)
+TEST_F(SDKFacade, KindsNarrowingAndShortcutTargets)
 {
   // The interfaces a handle narrows to, in the order composite, entity, entity link, link, list, array,
   // shortcut; resolved, a shortcut to two ints is an Int.
@@ -169,13 +169,21 @@ TEST_F(SDKFacade, KindsAndNarrowing)
   };
   for (const auto& [path, kind, resolved, expected] : cases)
   {
+    SCOPED_TRACE(path);
     IAttribute& a = at(path);
-    EXPECT_EQ(get<AttributeType>([&](AttributeType& k) { return a.getAttributeType(false, k); }), kind)
-        << path;
-    EXPECT_EQ(get<AttributeType>([&](AttributeType& k) { return a.getAttributeType(true, k); }), resolved)
-        << path;
-    EXPECT_EQ(narrowing(a), expected) << path;
+    EXPECT_EQ(get<AttributeType>([&](AttributeType& k) { return a.getAttributeType(false, k); }), kind);
+    EXPECT_EQ(get<AttributeType>([&](AttributeType& k) { return a.getAttributeType(true, k); }), resolved);
+    EXPECT_EQ(narrowing(a), expected);
   }
+
+  // The shortcut hands out its targets.
+  IShortcutAttribute& total = *at("Total").asShortcut();
+  EXPECT_EQ(get<std::uint64_t>([&](auto& n) { return total.getNumberOfShortcuts(n); }), 3u);
+  EXPECT_EQ(get<IAttribute*>([&](IAttribute*& a) { return total.getShortcut(0, a); }), &at("Count"));
+  EXPECT_EQ(get<IAttribute*>([&](IAttribute*& a) { return total.getShortcut(2, a); }), &at("Limit"));
+  EXPECT_EQ(get<IAttribute*>([&](IAttribute*& a) { return total.getFirstValidShortcut(a); }), &at("Count"));
+  // Reading through the shortcut: both resolvable targets hold 7.
+  EXPECT_EQ(get<int>([&](int& v) { return total.getIntValue(Chronology::Current, v); }), 7);
 }
 
 TEST_F(SDKFacade, ValuesPerChronologyAndUnits)
@@ -198,17 +206,6 @@ TEST_F(SDKFacade, ValuesPerChronologyAndUnits)
   EXPECT_EQ(count.setUnit("pcs"), E::Success);
   EXPECT_EQ(count.setIntValue(13, "pcs", now), E::Success);
   EXPECT_EQ(get<int>([&](int& v) { return count.getIntValue(now, v); }), 13);
-}
-
-TEST_F(SDKFacade, ShortcutHandsOutItsTargets)
-{
-  IShortcutAttribute& total = *at("Total").asShortcut();
-  EXPECT_EQ(get<std::uint64_t>([&](auto& n) { return total.getNumberOfShortcuts(n); }), 3u);
-  EXPECT_EQ(get<IAttribute*>([&](IAttribute*& a) { return total.getShortcut(0, a); }), &at("Count"));
-  EXPECT_EQ(get<IAttribute*>([&](IAttribute*& a) { return total.getShortcut(2, a); }), &at("Limit"));
-  EXPECT_EQ(get<IAttribute*>([&](IAttribute*& a) { return total.getFirstValidShortcut(a); }), &at("Count"));
-  // Reading through the shortcut: both resolvable targets hold 7.
-  EXPECT_EQ(get<int>([&](int& v) { return total.getIntValue(Chronology::Current, v); }), 7);
 }
 
 TEST_F(SDKFacade, EveryValueCallChecksTheUsersAccessAndSuccessClearsTheError)
