@@ -1,6 +1,7 @@
 #include "ombrix/runtime/AIRuntimeModuleCollection.h"
 
 #include "ombrix/model/EntityCollection.h"
+#include "ombrix/model/ShortcutAttribute.h"
 #include "ombrix/model/ValueAttribute.h"
 #include "ombrix/runtime/NeuralNetworkFormat.h"
 #include "ombrix/runtime/TransformedFormat.h"
@@ -113,10 +114,15 @@ TEST_F(AIRuntimeModuleCollectionTest, RunsEachModuleTypeThroughItsFunctorsAtTheC
   AIRuntimeModuleCollection runtime(definitions);
   EXPECT_EQ(runtime.size(), definitions.size());
   at(3, "Name").setStringValue("probe", Chronology::Current, false);
+  // The trivial module reads a shortcut input as the value it leads to.
+  static_cast<ShortcutAttribute&>(
+      *entities.getEntity(EntityID(3, 1))
+           ->createAttribute(AttributeType::Shortcut, "Alias", AccessType::ReadOnly))
+      .addShortcut(AttributePath("Name"));
   AIFunctor functors[] = {
       functor(Network, 3, {"A", "B"}, {"Out"}),
       functor(Scaled, 4, {"A", "B"}, {"Out"}),
-      functor(Trivial, 3, {"Name", "A"}, {"Name", "B"}),
+      functor(Trivial, 3, {"Alias", "A"}, {"Name", "B"}),
       functor(Network, 5, {"N", "Flag"}, {"Count"}), // Int and Bool in, Int out (rounded)
       functor(Network, 6, {"A", "B"}, {"Ratio"}),
   };
