@@ -5,6 +5,7 @@
 #include "ombrix/csv/CSVDefinitionFileParser.h"
 
 #include "csv/CSVTestModel.h"
+#include "support/GroupingLocale.h"
 
 namespace
 {
@@ -54,6 +55,8 @@ protected:
     return reader;
   }
 
+  // Every number written and read here under a host locale that groups digits and writes a decimal comma.
+  const OmbrixTest::GroupingLocale locale;
   EntityCollection solver;
   EntityCollection client;
   std::string outPath = dir.file("out.csv");

@@ -4,6 +4,7 @@
 #include "ombrix/platform/CSVParser.h"
 
 #include "csv/CSVTestModel.h"
+#include "support/GroupingLocale.h"
 
 #include <cmath>
 #include <functional>
@@ -23,6 +24,8 @@ const Chronologies allChronologies{Chronology::Initial, Chronology::Continue, Ch
 class CSVDefinitionFileParserTest : public LoggedTest
 {
 protected:
+  // Numbers written and read under a host locale that groups digits and writes a decimal comma.
+  const OmbrixTest::GroupingLocale locale;
   std::string path = dir.file("def.csv");
 };
 
