@@ -84,6 +84,23 @@ TEST_F(CSVDataFileParserTest, ColumnHeaderAndRowOrder)
   EXPECT_EQ(table[8], (Row{"3-17", "Pump", "P1, \"main\"", "Speed", "1.500000", "2.250000", "rpm"}));
   EXPECT_EQ(table[17][2], "P1, \"main\"->S4");
 
+  // A reader of other chronologies than the file's applies nothing, and names the columns found and expected.
+  ASSERT_TRUE(parser.saveAs(outPath));
+  Attribute& count = at(client, EntityID(3, 17), "Count");
+  count.setIntValue(5, Chronology::Current, false);
+  CSVDataFileParser current(client, {Chronology::Current});
+  current.setKorvanSDK(true);
+  EXPECT_TRUE(current.parseFile(outPath));
+  EXPECT_EQ(count.getIntValue(Chronology::Current, false), 5);
+  EXPECT_TRUE(
+      logged("Warning\tCSV File : " + outPath + "\t " + outPath +
+             ", row 2: Value columns found: InitialValue, NextValue; expected: CurrentValue. Only the "
+             "expected columns are read"));
+  CSVDataFileParser same(client, {Chronology::Next, Chronology::Initial});
+  same.setKorvanSDK(true);
+  EXPECT_TRUE(same.parseFile(outPath));
+  EXPECT_FALSE(logged("expected: InitialValue, NextValue. Only the expected columns are read"));
+
   // Solution control comes first even when the collection lists it later.
   EntityCollection collection;
   collection.addRootEntity(makeEntity("Pump", "P", EntityID(2, 2)));
@@ -306,18 +323,6 @@ TEST_F(CSVDataFileParserTest, HeaderAndSolutionControlErrors)
     CSVDataFileParser reader(solver, {Chronology::Current});
     EXPECT_THROW_MSG(reader.parseFile(inPath), std::runtime_error, inPath + message);
   }
-}
-
-TEST_F(CSVDataFileParserTest, RepeatedColumnTakesItsLastPlace)
-{
-  CSVDataFileParser reader =
-      inReader("EntityID,EntityType,EntityName,AttributePath,Unit,CurrentValue,Unit\n" + sc +
-               "Results.Iteration,,12,\n" + pump + "Speed,x,3.5,rpm\n" + pump + "Count,,5\n");
-  EXPECT_THROW_MSG(reader.parseFile(inPath), std::runtime_error,
-                   inPath + ", row 5: Row has 6 fields, the column header has 7");
-  reader.setFatalErrors(false);
-  EXPECT_FALSE(reader.parseFile(inPath));
-  EXPECT_EQ(solverDouble(EntityID(3, 17), "Speed"), 3.5);
 }
 
 TEST_F(CSVDataFileParserTest, EntitiesSharingAnIDAreToldApartByTypeAndName)
