@@ -7,6 +7,8 @@
 #include "csv/CSVTestModel.h"
 #include "support/GroupingLocale.h"
 
+#include <map>
+
 namespace
 {
 
@@ -322,6 +324,42 @@ TEST_F(CSVDataFileParserTest, HeaderAndSolutionControlErrors)
     OmbrixTest::writeFile(inPath, framed(content));
     CSVDataFileParser reader(solver, {Chronology::Current});
     EXPECT_THROW_MSG(reader.parseFile(inPath), std::runtime_error, inPath + message);
+  }
+}
+
+TEST_F(CSVDataFileParserTest, StrictNumbersAreWholeOrRefused)
+{
+  // Path, text, what the standard conversion makes of it, whether the text is entirely that number.
+  const std::tuple<const char*, const char*, double, bool> cases[] = {
+      // clang-format off
+      {"Speed", "50OO", 50, false}, {"Speed", "5000 W/m2", 5000, false}, {"Speed", "5000,5", 5000, false},
+      {"Speed", " 12", 12, false}, {"Speed", "12 ", 12, false}, {"Speed", "1e3", 1000, true},
+      {"Speed", "-2.5e-3", -2.5e-3, true}, {"Speed", "0x1p3", 8, true}, {"Count", "2.5", 2, false},
+      {"Count", "1e3", 1, false}, {"Count", " 12", 12, false}, {"Count", "+7", 7, true},
+      {"Count", "-2147483648", -2147483648.0, true}, {"Ratio", "0.5f", 0.5, false}, {"Ratio", "0.5", 0.5, true},
+      // clang-format on
+  };
+  const std::map<std::string, std::pair<std::string, std::string>> kinds{
+      {"Speed", {"Double", "rpm"}}, {"Count", {"Int", ""}}, {"Ratio", {"Float", "-"}}};
+  for (const auto& [path, text, lenient, whole] : cases)
+  {
+    SCOPED_TRACE(std::string(path) + " '" + text + "'");
+    const auto& [type, unit] = kinds.at(path);
+    Attribute& target = at(solver, EntityID(3, 17), path);
+    const double before = target.getDoubleValue(Chronology::Current, false);
+    CSVDataFileParser reader =
+        inReader(header + iteration12 + joined({{"3-17", "Pump", "P1, \"main\"", path, text, unit}}));
+    reader.setStrictNumbers(true);
+    if (whole)
+      EXPECT_TRUE(reader.parseFile(inPath));
+    else
+      EXPECT_THROW_MSG(reader.parseFile(inPath), Ombrix::AttributeReadError,
+                       inPath + ", row 4: Invalid value '" + text + "' in CurrentValue of 3-17:" + path +
+                           ": the text is not entirely a number of type " + type);
+    EXPECT_EQ(target.getDoubleValue(Chronology::Current, false), whole ? lenient : before);
+    reader.setStrictNumbers(false);
+    EXPECT_TRUE(reader.parseFile(inPath));
+    EXPECT_EQ(target.getDoubleValue(Chronology::Current, false), lenient);
   }
 }
 

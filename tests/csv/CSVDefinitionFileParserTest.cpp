@@ -398,4 +398,34 @@ TEST_F(CSVDefinitionFileParserTest, OlderAndRepeatedColumnsAndNonFatalReads)
   EXPECT_EQ(probe("A").getIntValue(Chronology::Initial, false), 0);
 }
 
+TEST_F(CSVDefinitionFileParserTest, StrictNumbersAndTheErrorObserver)
+{
+  EntityCollection solver;
+  solver.addRootEntity(makeEntity("Heater", "H", EntityID(5, 1)));
+  addValue(**solver.begin(), "Count", AccessType::ReadWrite, 0);
+  addValue(**solver.begin(), "Ratio", AccessType::ReadWrite, 0.0f);
+  CSVDefinitionFileParser writer(solver);
+  writer.setChronologies({Chronology::Initial});
+  Table rows = writer.generateData();
+  rows[3][6] = "0,25"; // Ratio's InitialValue
+  EntityCollection client;
+  CSVDefinitionFileParser reader(client);
+  EXPECT_TRUE(reader.parseData(rows)) << "lenient: 0,25 reads as 0";
+  rows[2].resize(2); // Count: a row error of another kind beside it
+  reader.setStrictNumbers(true);
+  std::vector<std::string> seen;
+  reader.setErrorObserver([&](const std::string& message) { seen.push_back(message); });
+  reader.setFatalErrors(false);
+  EXPECT_FALSE(reader.parseData(rows));
+  EXPECT_EQ(seen, (std::vector<std::string>{
+                      "CSV rows, row 3: Row has 2 fields, the column header has 8",
+                      "CSV rows, row 4: Invalid value '0,25' in InitialValue of 5-1:Ratio: the text is not "
+                      "entirely a number of type Float"}));
+
+  seen.clear();
+  reader.setFatalErrors(true);
+  EXPECT_THROW(reader.parseData({rows.front()}), std::runtime_error);
+  EXPECT_EQ(seen, std::vector<std::string>{"Missing FileHeader"}) << "frame errors too, before the throw";
+}
+
 } // namespace
