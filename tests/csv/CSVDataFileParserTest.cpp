@@ -1,5 +1,6 @@
-// Round trips of generated models through out.csv and in.csv are in CSVRoundTripTest; here, the exact
-// bytes, the solution-control block, shortcuts, the reading options and every row error.
+// Round trips of generated models through out.csv and in.csv are in CSVRoundTripTest, large files in
+// CSVDefinitionFileParserTest; here, the exact bytes, the solution-control block, shortcuts, the reading
+// options and every row error.
 #include "ombrix/csv/CSVDataFileParser.h"
 
 #include "ombrix/csv/CSVDefinitionFileParser.h"
@@ -112,19 +113,6 @@ TEST_F(CSVDataFileParserTest, ColumnHeaderAndRowOrder)
   ASSERT_EQ(later.size(), 2u + 6u + 1u + 1u);
   EXPECT_EQ(later[2][0], "1-1");
   EXPECT_EQ(later[8][0], "2-2");
-}
-
-TEST_F(CSVDataFileParserTest, LargeFileIsTheTextOfTheGeneratedTable)
-{
-  addCells(solver, 500); // more rows than one write batch
-  CSVDataFileParser out(solver, initialAndCurrent);
-  ASSERT_TRUE(out.saveAs(outPath));
-  const std::string text = OmbrixTest::readFile(outPath);
-  EXPECT_EQ(text, joined(out.generateData()));
-  EXPECT_NE(text.find("\n114-17,Cell,\"C,14\",Value9,9.014000,9.014000,Pa\n"), std::string::npos);
-
-  EXPECT_FALSE(out.saveAs(dir.file("missing/out.csv")));
-  EXPECT_FALSE(std::filesystem::exists(dir.file("missing")));
 }
 
 TEST_F(CSVDataFileParserTest, SimulationTimeAndIterationWords)

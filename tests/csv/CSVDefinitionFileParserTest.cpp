@@ -258,9 +258,9 @@ TEST_F(CSVDefinitionFileParserTest, WarnsOfWhatItReadsBackOtherwise)
   EXPECT_EQ(speedStorage(target), ValueType::Simple);
 }
 
-// More rows than one write batch; every chronology and full names read back an equal collection, with
-// chronological storage.
-TEST_F(CSVDefinitionFileParserTest, LargeFileIsTheTextOfTheGeneratedTableAndReadsBackEqual)
+// More rows than one write batch: def.csv and out.csv are the text of their generated tables; every
+// chronology and full names read back an equal collection, with chronological storage.
+TEST_F(CSVDefinitionFileParserTest, LargeFilesAreTheTextOfTheGeneratedTablesAndReadBackEqual)
 {
   EntityCollection source, target;
   buildModel(source);
@@ -269,6 +269,12 @@ TEST_F(CSVDefinitionFileParserTest, LargeFileIsTheTextOfTheGeneratedTableAndRead
   writer.setChronologies(allChronologies);
   writer.setUseFullEntityNames(true);
   writer.setNumberFormat(NumberFormat::RoundTrip); // the cells' values need every digit
+  const std::string outPath = dir.file("out.csv");
+  const CSVDataFileParser out(source, {Chronology::Initial, Chronology::Current});
+  ASSERT_TRUE(out.saveAs(outPath));
+  const std::string text = OmbrixTest::readFile(outPath);
+  EXPECT_EQ(text, joined(out.generateData()));
+  EXPECT_NE(text.find("\n114-17,Cell,\"C,14\",Value9,9.014000,9.014000,Pa\n"), std::string::npos);
   ASSERT_TRUE(writer.saveAs(path));
   EXPECT_EQ(OmbrixTest::readFile(path), joined(writer.generateData()));
   ASSERT_TRUE(CSVDefinitionFileParser(target).parseFile(path));
@@ -276,6 +282,7 @@ TEST_F(CSVDefinitionFileParserTest, LargeFileIsTheTextOfTheGeneratedTableAndRead
   EXPECT_EQ(target.getEntity(EntityID(5, 17))->getName(true), "P1, \"main\"->S5");
   EXPECT_EQ(speedStorage(target), ValueType::Chronological);
   EXPECT_FALSE(writer.saveAs(dir.file("missing/def.csv")));
+  EXPECT_FALSE(std::filesystem::exists(dir.file("missing")));
 }
 
 TEST_F(CSVDefinitionFileParserTest, BadRowsNameFileAndRow)
