@@ -204,20 +204,14 @@ TEST_F(CSVDataFileParserTest, RecordsTheValuesItStoresInFileOrder)
   ASSERT_TRUE(reader.parseFile(inPath));
   // Internal writes, which the model does not record.
   EXPECT_FALSE(logged("Attribute '1-1:Results.Iteration:Current ,[3]' set to '12'"));
-  Attribute* iteration = &at(solver, EntityID(1, 1), "Results.Iteration");
-  Attribute* on = &at(solver, EntityID(3, 17), "On");
-  Attribute* diameter = &at(solver, EntityID(3, 17), "Geometry.Diameter");
-  Attribute* inlet = &at(solver, EntityID(3, 17), "Inlet Diameter");
-  std::vector<std::pair<Attribute*, Chronology>> applied;
+  std::vector<std::string> applied;
   for (const auto& value : reader.getAppliedValues())
-    applied.emplace_back(value.attribute, value.chronology);
-  EXPECT_EQ(applied, (std::vector<std::pair<Attribute*, Chronology>>{{iteration, Chronology::Initial},
-                                                                     {iteration, Chronology::Current},
-                                                                     {on, Chronology::Current},
-                                                                     {diameter, Chronology::Initial},
-                                                                     {diameter, Chronology::Current},
-                                                                     {inlet, Chronology::Initial},
-                                                                     {inlet, Chronology::Current}}));
+    applied.push_back(toString(value.attribute->getEntityIDAndAttributePath()) + " " +
+                      KorvanSDK::chronologyToString(value.chronology));
+  EXPECT_EQ(applied, (std::vector<std::string>{
+                         "1-1:Results.Iteration Initial", "1-1:Results.Iteration Current", "3-17:On Current",
+                         "3-17:Geometry.Diameter Initial", "3-17:Geometry.Diameter Current",
+                         "3-17:Inlet Diameter Initial", "3-17:Inlet Diameter Current"}));
 
   OmbrixTest::writeFile(inPath, framed(header + iteration12 + pump + "Geometry.Diameter,1,cm\n"));
   EXPECT_THROW_MSG(reader.parseFile(inPath), Ombrix::AttributeReadError,
