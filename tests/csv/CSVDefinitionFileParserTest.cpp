@@ -42,13 +42,11 @@ const std::string fullHeader =
 
 TEST_F(CSVDefinitionFileParserTest, ColumnHeader)
 {
+  // Value columns in the order of the chronologies.
   const std::tuple<Chronologies, bool, std::string> cases[] = {
       {{}, false, "EntityID,EntityType,EntityName,Access,AttributePath,Type,Unit\n"},
-      {{Chronology::Current, Chronology::Initial},
-       true,
-       "EntityID,EntityType,FullEntityName,Access,AttributePath,Type,InitialValue,CurrentValue,Unit\n"},
-      {allChronologies, false,
-       "EntityID,EntityType,EntityName,Access,AttributePath,Type,InitialValue,ContinueValue,"
+      {allChronologies, true,
+       "EntityID,EntityType,FullEntityName,Access,AttributePath,Type,InitialValue,ContinueValue,"
        "TimeStepStartValue,CurrentValue,NextValue,Unit\n"},
   };
   for (const auto& [chronologies, fullNames, text] : cases)

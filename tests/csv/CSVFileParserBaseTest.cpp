@@ -40,9 +40,7 @@ protected:
 const std::vector<std::string> header{"<<", "START", "CSV", "VER04", ">>"};
 const std::vector<std::string> footer{"<<", "END", "CSV", "VER04", ">>"};
 
-class CSVFileParserBaseTest : public CSVTest::LoggedTest
-{
-};
+using CSVFileParserBaseTest = CSVTest::LoggedTest;
 
 // Errors are logged and thrown; accepted frames give the content rows and the header's extra token.
 TEST_F(CSVFileParserBaseTest, Frames)
