@@ -4,6 +4,7 @@
 #include "ombrix/platform/CSVParser.h"
 
 #include "csv/CSVTestModel.h"
+#include "support/GroupingLocale.h"
 
 #include <cmath>
 #include <functional>
@@ -23,6 +24,8 @@ const Chronologies allChronologies{Chronology::Initial, Chronology::Continue, Ch
 class CSVDefinitionFileParserTest : public LoggedTest
 {
 protected:
+  // Numbers written and read under a host locale that groups digits and writes a decimal comma.
+  const OmbrixTest::GroupingLocale locale;
   std::string path = dir.file("def.csv");
 };
 
@@ -39,13 +42,11 @@ const std::string fullHeader =
 
 TEST_F(CSVDefinitionFileParserTest, ColumnHeader)
 {
+  // Value columns in the order of the chronologies.
   const std::tuple<Chronologies, bool, std::string> cases[] = {
       {{}, false, "EntityID,EntityType,EntityName,Access,AttributePath,Type,Unit\n"},
-      {{Chronology::Current, Chronology::Initial},
-       true,
-       "EntityID,EntityType,FullEntityName,Access,AttributePath,Type,InitialValue,CurrentValue,Unit\n"},
-      {allChronologies, false,
-       "EntityID,EntityType,EntityName,Access,AttributePath,Type,InitialValue,ContinueValue,"
+      {allChronologies, true,
+       "EntityID,EntityType,FullEntityName,Access,AttributePath,Type,InitialValue,ContinueValue,"
        "TimeStepStartValue,CurrentValue,NextValue,Unit\n"},
   };
   for (const auto& [chronologies, fullNames, text] : cases)
@@ -255,9 +256,9 @@ TEST_F(CSVDefinitionFileParserTest, WarnsOfWhatItReadsBackOtherwise)
   EXPECT_EQ(speedStorage(target), ValueType::Simple);
 }
 
-// More rows than one write batch; every chronology and full names read back an equal collection, with
-// chronological storage.
-TEST_F(CSVDefinitionFileParserTest, LargeFileIsTheTextOfTheGeneratedTableAndReadsBackEqual)
+// More rows than one write batch: def.csv and out.csv are the text of their generated tables; every
+// chronology and full names read back an equal collection, with chronological storage.
+TEST_F(CSVDefinitionFileParserTest, LargeFilesAreTheTextOfTheGeneratedTablesAndReadBackEqual)
 {
   EntityCollection source, target;
   buildModel(source);
@@ -266,6 +267,12 @@ TEST_F(CSVDefinitionFileParserTest, LargeFileIsTheTextOfTheGeneratedTableAndRead
   writer.setChronologies(allChronologies);
   writer.setUseFullEntityNames(true);
   writer.setNumberFormat(NumberFormat::RoundTrip); // the cells' values need every digit
+  const std::string outPath = dir.file("out.csv");
+  const CSVDataFileParser out(source, {Chronology::Initial, Chronology::Current});
+  ASSERT_TRUE(out.saveAs(outPath));
+  const std::string text = OmbrixTest::readFile(outPath);
+  EXPECT_EQ(text, joined(out.generateData()));
+  EXPECT_NE(text.find("\n114-17,Cell,\"C,14\",Value9,9.014000,9.014000,Pa\n"), std::string::npos);
   ASSERT_TRUE(writer.saveAs(path));
   EXPECT_EQ(OmbrixTest::readFile(path), joined(writer.generateData()));
   ASSERT_TRUE(CSVDefinitionFileParser(target).parseFile(path));
@@ -273,6 +280,7 @@ TEST_F(CSVDefinitionFileParserTest, LargeFileIsTheTextOfTheGeneratedTableAndRead
   EXPECT_EQ(target.getEntity(EntityID(5, 17))->getName(true), "P1, \"main\"->S5");
   EXPECT_EQ(speedStorage(target), ValueType::Chronological);
   EXPECT_FALSE(writer.saveAs(dir.file("missing/def.csv")));
+  EXPECT_FALSE(std::filesystem::exists(dir.file("missing")));
 }
 
 TEST_F(CSVDefinitionFileParserTest, BadRowsNameFileAndRow)
@@ -393,6 +401,36 @@ TEST_F(CSVDefinitionFileParserTest, OlderAndRepeatedColumnsAndNonFatalReads)
   EXPECT_FALSE(reader.parseFile(path));
   EXPECT_EQ(probe("B").getIntValue(Chronology::Initial, false), 5);
   EXPECT_EQ(probe("A").getIntValue(Chronology::Initial, false), 0);
+}
+
+TEST_F(CSVDefinitionFileParserTest, StrictNumbersAndTheErrorObserver)
+{
+  EntityCollection solver;
+  solver.addRootEntity(makeEntity("Heater", "H", EntityID(5, 1)));
+  addValue(**solver.begin(), "Count", AccessType::ReadWrite, 0);
+  addValue(**solver.begin(), "Ratio", AccessType::ReadWrite, 0.0f);
+  CSVDefinitionFileParser writer(solver);
+  writer.setChronologies({Chronology::Initial});
+  Table rows = writer.generateData();
+  rows[3][6] = "0,25"; // Ratio's InitialValue
+  EntityCollection client;
+  CSVDefinitionFileParser reader(client);
+  EXPECT_TRUE(reader.parseData(rows)) << "lenient: 0,25 reads as 0";
+  rows[2].resize(2); // Count: a row error of another kind beside it
+  reader.setStrictNumbers(true);
+  std::vector<std::string> seen;
+  reader.setErrorObserver([&](const std::string& message) { seen.push_back(message); });
+  reader.setFatalErrors(false);
+  EXPECT_FALSE(reader.parseData(rows));
+  EXPECT_EQ(seen, (std::vector<std::string>{
+                      "CSV rows, row 3: Row has 2 fields, the column header has 8",
+                      "CSV rows, row 4: Invalid value '0,25' in InitialValue of 5-1:Ratio: the text is not "
+                      "entirely a number of type Float"}));
+
+  seen.clear();
+  reader.setFatalErrors(true);
+  EXPECT_THROW(reader.parseData({rows.front()}), std::runtime_error);
+  EXPECT_EQ(seen, std::vector<std::string>{"Missing FileHeader"}) << "frame errors too, before the throw";
 }
 
 } // namespace

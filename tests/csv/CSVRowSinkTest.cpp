@@ -2,7 +2,7 @@
 
 #include "ombrix/platform/FileCloser.h"
 
-#include "support/TestSupport.h"
+#include "csv/CSVTestModel.h"
 
 namespace
 {
@@ -10,11 +10,6 @@ namespace
 using Ombrix::CSVRowSink;
 using Row = CSVRowSink::Row;
 using Table = CSVRowSink::Table;
-
-FileSystem::CSVParser makeParser()
-{
-  return FileSystem::CSVParser(',', false, false, '\n', true);
-}
 
 // Rows of changing widths, including fields that need quotes, a single empty field and an empty row,
 // so that reused rows must shrink, grow and lose their old text.
@@ -69,20 +64,18 @@ TEST(CSVRowSink, TableAndFileReceiveTheRowsInOrder)
 
     FileSystem::FilePtr file = FileSystem::fopen(path, "wb");
     ASSERT_TRUE(file);
-    FileSystem::CSVParser batch = makeParser();
+    FileSystem::CSVParser batch(',', false, false, '\n', true);
     CSVRowSink sink(batch, file.get());
     fill(sink, rows);
     EXPECT_TRUE(sink.finish());
     file.reset();
-    FileSystem::CSVParser whole = makeParser();
-    whole.rows() = rows;
-    EXPECT_EQ(OmbrixTest::readFile(path), whole.toText());
+    EXPECT_EQ(OmbrixTest::readFile(path), CSVTest::joined(rows));
   }
   // A failed write is reported by finish().
   OmbrixTest::writeFile(path, "");
   FileSystem::FilePtr file = FileSystem::fopen(path, "rb");
   ASSERT_TRUE(file);
-  FileSystem::CSVParser batch = makeParser();
+  FileSystem::CSVParser batch(',', false, false, '\n', true);
   CSVRowSink sink(batch, file.get());
   fill(sink, varyingRows(10));
   EXPECT_FALSE(sink.finish());

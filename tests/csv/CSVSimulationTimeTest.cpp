@@ -11,14 +11,8 @@ namespace
 using Ombrix::CSVSimulationTime;
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
-CSVSimulationTime steady(int iteration)
-{
-  CSVSimulationTime t;
-  t.setIteration(iteration);
-  return t;
-}
-
-CSVSimulationTime transient(int iteration, double time, double step = 0.1)
+// Steady while the time is NaN (setTime decides).
+CSVSimulationTime at(int iteration, double time = nan, double step = 0.1)
 {
   CSVSimulationTime t;
   t.setIteration(iteration);
@@ -33,9 +27,9 @@ CSVSimulationTime reset(CSVSimulationTime t)
   return t;
 }
 
-TEST(CSVSimulationTime, DefaultsSetTimeAndReset)
+TEST(CSVSimulationTime, DefaultsSetTimeResetAndFromSolutionControl)
 {
-  using CSVTest::timeText;
+  using namespace CSVTest;
   CSVSimulationTime t;
   EXPECT_EQ(timeText(t), "-1 0 nan nan");
   t.setTime(0.0);
@@ -43,7 +37,17 @@ TEST(CSVSimulationTime, DefaultsSetTimeAndReset)
   t.setTime(nan);
   EXPECT_EQ(timeText(t), "-1 0 nan nan");
   // reset() keeps the time step and the transient flag.
-  EXPECT_EQ(timeText(reset(transient(4, 2.0, 0.5))), "-1 1 nan 0.5");
+  EXPECT_EQ(timeText(reset(at(4, 2.0, 0.5))), "-1 1 nan 0.5");
+
+  // From a solution control: a steady one has no time, and none gives the defaults.
+  EntityCollection transientModel, steadyModel;
+  transientModel.addRootEntity(makeSolutionControl(12, true, 0.5, 0.25));
+  steadyModel.addRootEntity(makeSolutionControl(3, false, 0.5, 0.25));
+  EXPECT_EQ(timeText(CSVSimulationTime(SolutionControlConst(transientModel), Chronology::Current)),
+            "12 1 0.5 0.25");
+  EXPECT_EQ(timeText(CSVSimulationTime(SolutionControlConst(steadyModel), Chronology::Current)),
+            "3 0 nan nan");
+  EXPECT_EQ(timeText(CSVSimulationTime(SolutionControlConst(), Chronology::Current)), "-1 0 nan nan");
 }
 
 // compare() takes the lower end of its tolerance interval and leaves out the upper one.
@@ -58,24 +62,22 @@ TEST(CSVSimulationTime, OrderingEqualityAndCompare)
   };
   // A reset transient value keeps a NaN time: it is ordered neither way by time.
   const Case cases[] = {
-      {"transient before steady", transient(9, 5.0), steady(1), true, false, false},
-      {"steady never before transient", steady(1), transient(9, 5.0), false, false, false},
-      {"earlier time first", transient(9, 1.0), transient(1, 2.0), true, false, false},
-      {"later time not first", transient(1, 2.0), transient(9, 1.0), false, false, false},
-      {"equal times by iteration", transient(1, 2.0), transient(2, 2.0), true, false, false},
-      {"steady by iteration", steady(1), steady(2), true, false, false},
-      {"steady equal", steady(2), steady(2), false, true, true},
-      {"time step not compared", transient(3, 1.0, 0.1), transient(3, 1.0, 0.2), false, true, true},
-      {"other time", transient(3, 1.0), transient(3, 1.5), true, false, false},
-      {"other iteration", transient(3, 1.0), transient(4, 1.0), true, false, false},
-      {"transient and steady, same iteration", transient(3, 1.0), steady(3), true, false, false},
-      {"NaN time first", reset(transient(1, 2.0)), transient(2, 1.0), false, false, false},
-      {"NaN time second", transient(2, 1.0), reset(transient(1, 2.0)), false, false, false},
-      {"lower end included", transient(3, 0.9), transient(3, 1.0), true, false, true},
-      {"upper end excluded", transient(3, 1.1), transient(3, 1.0), false, false, false},
-      {"inside, other iteration", transient(3, 1.05), transient(4, 1.0), false, false, false},
-      {"below the interval", transient(3, 0.8), transient(3, 1.0), true, false, false},
-      {"equal times, zero tolerance", transient(3, 1.0), transient(3, 1.0), false, true, true, 0.0},
+      {"transient before steady", at(9, 5.0), at(1), true, false, false},
+      {"steady never before transient", at(1), at(9, 5.0), false, false, false},
+      {"earlier time first", at(9, 1.0), at(1, 2.0), true, false, false},
+      {"later time not first", at(1, 2.0), at(9, 1.0), false, false, false},
+      {"equal times by iteration", at(1, 2.0), at(2, 2.0), true, false, false},
+      {"steady by iteration", at(1), at(2), true, false, false},
+      {"steady equal", at(2), at(2), false, true, true},
+      {"time step not compared", at(3, 1.0, 0.1), at(3, 1.0, 0.2), false, true, true},
+      {"transient and steady, same iteration", at(3, 1.0), at(3), true, false, false},
+      {"NaN time first", reset(at(1, 2.0)), at(2, 1.0), false, false, false},
+      {"NaN time second", at(2, 1.0), reset(at(1, 2.0)), false, false, false},
+      {"lower end included", at(3, 0.9), at(3, 1.0), true, false, true},
+      {"upper end excluded", at(3, 1.1), at(3, 1.0), false, false, false},
+      {"inside, other iteration", at(3, 1.05), at(4, 1.0), false, false, false},
+      {"below the interval", at(3, 0.8), at(3, 1.0), true, false, false},
+      {"equal times, zero tolerance", at(3, 1.0), at(3, 1.0), false, true, true, 0.0},
   };
   for (const Case& c : cases)
   {
@@ -84,19 +86,6 @@ TEST(CSVSimulationTime, OrderingEqualityAndCompare)
     EXPECT_EQ(c.a == c.b, c.equal);
     EXPECT_EQ(c.a.compare(c.b, c.tolerance), c.compared);
   }
-}
-
-TEST(CSVSimulationTime, FromSolutionControl)
-{
-  using namespace CSVTest;
-  EntityCollection transientModel, steadyModel;
-  transientModel.addRootEntity(makeSolutionControl(12, true, 0.5, 0.25));
-  steadyModel.addRootEntity(makeSolutionControl(3, false, 0.5, 0.25));
-  EXPECT_EQ(timeText(CSVSimulationTime(SolutionControlConst(transientModel), Chronology::Current)),
-            "12 1 0.5 0.25");
-  EXPECT_EQ(timeText(CSVSimulationTime(SolutionControlConst(steadyModel), Chronology::Current)),
-            "3 0 nan nan");
-  EXPECT_EQ(timeText(CSVSimulationTime(SolutionControlConst(), Chronology::Current)), "-1 0 nan nan");
 }
 
 } // namespace

@@ -55,9 +55,7 @@ ValueAttribute<T>& addValue(CompositeAttribute& parent, const std::string& name,
 
 inline std::unique_ptr<Entity> makeEntity(const std::string& type, const std::string& name, EntityID id)
 {
-  auto entity = std::make_unique<Entity>(type, name, AccessType::ReadWrite, nullptr);
-  entity->setUniqueID(id);
-  return entity;
+  return std::make_unique<Entity>(type, name, id, AccessType::ReadWrite, nullptr);
 }
 
 inline std::unique_ptr<Entity> makeSolutionControl(int iteration, bool transient, double time,
