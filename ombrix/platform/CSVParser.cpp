@@ -282,8 +282,30 @@ std::string CSVParser::toText() const
     appendRow(out, row);
   // One scan of the text costs less than one per field.
   if (m_rejectNul && std::memchr(out.data(), '\0', out.size()))
-    throw std::invalid_argument("CSV row holds a NUL byte, which a CSV exchange file cannot carry");
+    throwNulInRow();
   return out;
+}
+
+void CSVParser::throwNulInRow() const
+{
+  // Named by row, field and the row's first fields: in the exchange files those are the entity and the
+  // attribute whose text cannot be written.
+  for (std::size_t r = 0; r < m_rows.size(); ++r)
+  {
+    const Row& row = m_rows[r];
+    for (std::size_t f = 0; f < row.size(); ++f)
+    {
+      if (row[f].find('\0') == std::string::npos)
+        continue;
+      std::string message = "CSV row " + std::to_string(r + 1) + ", field " + std::to_string(f + 1) +
+                            " holds a NUL byte, which a CSV exchange file cannot carry";
+      if (f > 0)
+        message += " (the row begins " + row[0] + (f > 1 ? "," + row[1] : std::string()) + ")";
+      throw std::invalid_argument(message);
+    }
+  }
+  throw std::invalid_argument(
+      "CSV separator or line end is a NUL byte, which a CSV exchange file cannot carry");
 }
 
 bool CSVParser::saveAs(const std::string& path, bool append) const

@@ -49,9 +49,9 @@ public:
                  bool acceptCRLF = true);
 
   // With `reject`, parsing throws std::runtime_error for text holding a NUL byte ("<source> holds a NUL
-  // byte at offset <n>, ...") and writing throws std::invalid_argument for rows holding one: for text
-  // formats, where a NUL byte only comes from a file that was zero-filled instead of written (a power
-  // loss). Off by default.
+  // byte at offset <n>, ...") and writing throws std::invalid_argument for rows holding one ("CSV row <r>,
+  // field <f> holds a NUL byte, ... (the row begins <first fields>)"): for text formats, where a NUL byte
+  // only comes from a file that was zero-filled instead of written (a power loss). Off by default.
   void setRejectNul(bool reject) { m_rejectNul = reject; }
 
   // Writes all rows in one go, replacing the file as a whole through a temporary file (see
@@ -77,6 +77,7 @@ private:
                  const std::string& source);
   bool needsQuotes(std::string_view field) const;
   void appendRow(std::string& out, const Row& row) const;
+  [[noreturn]] void throwNulInRow() const;
 
   char m_separator;
   bool m_trimFields;

@@ -130,7 +130,7 @@ TEST_F(CSVFileParserBaseTest, WritesAndReadsFramedFilesAndRefusesNulBytesBothWay
                        "' holds a NUL byte at offset 26, as a file does that was not completely written");
   writer.toWrite = {{std::string("a\0b", 3)}};
   EXPECT_THROW_MSG(writer.saveAs(path), std::invalid_argument,
-                   "CSV row holds a NUL byte, which a CSV exchange file cannot carry");
+                   "CSV row 2, field 1 holds a NUL byte, which a CSV exchange file cannot carry");
   EXPECT_EQ(OmbrixTest::readFile(path).size(), 47u);
 }
 

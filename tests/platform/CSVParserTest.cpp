@@ -218,13 +218,29 @@ TEST(CSVParser, RandomTablesSurviveSaveAndParse)
 // Reading a file that holds one is tested with CSVFileParserBase, which turns this on.
 TEST(CSVParser, RejectsNulBytesOnRequest)
 {
+  const std::string cannot = "which a CSV exchange file cannot carry";
   CSVParser parser;
   parser.setRejectNul(true);
   EXPECT_THROW_MSG(parser.parseText(std::string("a,b\n\0\0\0", 7)), std::runtime_error,
                    "CSV text holds a NUL byte at offset 4, as a file does that was not completely written");
-  parser.rows() = {{"a", std::string("b\0", 2)}};
-  EXPECT_THROW_MSG(parser.toText(), std::invalid_argument,
-                   "CSV row holds a NUL byte, which a CSV exchange file cannot carry");
+  const std::string nul("\0", 1);
+  const std::vector<std::pair<CSVParser::Table, std::string>> rows{
+      {{{"a"}, {"3-17", "Note", "x" + nul}},
+       "row 2, field 3 holds a NUL byte, " + cannot + " (the row begins 3-17,Note)"},
+      {{{"a", "b" + nul}}, "row 1, field 2 holds a NUL byte, " + cannot + " (the row begins a)"},
+      {{{nul}}, "row 1, field 1 holds a NUL byte, " + cannot},
+  };
+  for (const auto& [table, message] : rows)
+  {
+    parser.rows() = table;
+    EXPECT_THROW_MSG(parser.toText(), std::invalid_argument, "CSV " + message);
+  }
+  CSVParser nulSeparated('\0');
+  nulSeparated.setRejectNul(true);
+  nulSeparated.rows() = {{"a", "b"}};
+  EXPECT_THROW_MSG(nulSeparated.toText(), std::invalid_argument,
+                   "CSV separator or line end is a NUL byte, " + cannot);
+  parser.rows() = {{"a", "b" + nul}};
   parser.setRejectNul(false);
   EXPECT_EQ(parser.toText(), std::string("a,b\0\n", 5));
 }
