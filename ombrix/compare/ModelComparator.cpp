@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <locale>
 #include <sstream>
 
 namespace Ombrix::Model
@@ -65,7 +66,9 @@ template <typename T> std::string numberText(T value)
 {
   if (std::isnan(value))
     return "NaN";
+  // A host's global locale would group digits and change the decimal point of the report.
   std::ostringstream text;
+  text.imbue(std::locale::classic());
   text << value;
   return text.str();
 }

@@ -5,6 +5,7 @@
 #include "ombrix/model/ListAttribute.h"
 
 #include "model/ModelTestSupport.h"
+#include "support/GroupingLocale.h"
 
 #include <cmath>
 #include <functional>
@@ -219,7 +220,9 @@ template <typename T> Messages compareValues(T model, T reference, ModelComparat
 
 TEST(ModelComparator, FloatingMessagesUseTwoForms)
 {
+  const OmbrixTest::GroupingLocale locale; // a host's locale changes no number of the report
   const std::tuple<double, double, const char*> cases[] = {
+      {1234.5, 1000.0, "Value differs1234.5 expected 1000"},
       {nan, 1.0, "Value differs NaN expected 1"},
       {1.0, nan, "Value differs 1 expected NaN"},
       {inf, 1.0, "Value differs inf expected 1"},
