@@ -59,6 +59,7 @@ TEST_F(CSVFileParserBaseTest, Frames)
       {"header only", {header}, "Missing FileHeader"},
       {"last field not >>", {{"<<", "START", "CSV", "VER04", "x"}, {"r"}, footer}, "Missing FileHeader"},
       {"VERx is no version", {{"<<", "START", "CSV", "VERx", ">>"}, {"r"}, footer}, "Missing FileHeader"},
+      {"XYZ04 is no version", {{"<<", "START", "CSV", "XYZ04", ">>"}, {"r"}, footer}, "Missing FileHeader"},
       {"wrong version",
        {{"<<", "START", "CSV", "VER03", ">>"}, {"r"}, {"<<", "END", "CSV", "VER03", ">>"}},
        "Unsupported file version."},

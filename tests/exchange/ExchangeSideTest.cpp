@@ -94,9 +94,11 @@ TEST(ExchangeSide, ClaimsItsSideAndWaitsSayWhyTheyEnded)
   writeFile(dir.file("out.alive"), aliveStamp());
   expectEnd(client.waitForFile("def.csv", -1, stop), WaitEnd::Stopped,
             " waiting for the solver to write " + def);
-  // A torn file is not complete; one renamed into place whole ends the wait.
+  // A torn file is not complete (a header line ends in ">>" too); one renamed into place whole ends the
+  // wait.
   const std::string header = "<<,START,CSV,VER04,>>\nEntityID\n";
-  for (const std::string& torn : {std::string(), header, header + std::string(21, '\0') + "\n"})
+  for (const std::string& torn : {std::string(), header.substr(0, header.find('\n') + 1), header,
+                                  header + std::string(21, '\0') + "\n"})
   {
     writeFile(def, torn);
     expectEnd(client.waitForFile("def.csv", 0), WaitEnd::TimedOut,
