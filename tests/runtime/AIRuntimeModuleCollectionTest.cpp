@@ -122,11 +122,12 @@ TEST_F(AIRuntimeModuleCollectionTest, RunsEachModuleTypeThroughItsFunctorsAtTheC
   AIFunctor functors[] = {
       functor(Network, 3, {"A", "B"}, {"Out"}),
       functor(Scaled, 4, {"A", "B"}, {"Out"}),
-      functor(Trivial, 3, {"Alias", "A"}, {"Name", "B"}),
+      functor(Trivial, 3, {"Alias", "A", "N"}, {"Name", "B", "Count"}),
       functor(Network, 5, {"N", "Flag"}, {"Count"}), // Int and Bool in, Int out (rounded)
       functor(Network, 6, {"A", "B"}, {"Ratio"}),
   };
   at(5, "N").setIntValue(2, Chronology::Current, false);
+  at(3, "N").setIntValue(-7, Chronology::Current, false);
   at(5, "Flag").setBoolValue(true, Chronology::Current, false);
   for (auto& f : functors)
   {
@@ -137,6 +138,7 @@ TEST_F(AIRuntimeModuleCollectionTest, RunsEachModuleTypeThroughItsFunctorsAtTheC
   EXPECT_DOUBLE_EQ(value(4, "Out"), 10 * ((4 - 1) / 2.0 + 2 * (1 - 1) / 2.0 + 0.5));
   EXPECT_EQ(at(3, "Name").getStringValue(Chronology::Current, false), "probe");
   EXPECT_EQ(value(3, "B"), 3.0);
+  EXPECT_EQ(at(3, "Count").getIntValue(Chronology::Current, false), -7);
   EXPECT_EQ(at(5, "Count").getIntValue(Chronology::Current, false), 5); // 2 + 2 + 0.5 rounds away from 0
   EXPECT_EQ(at(6, "Ratio").getFloatValue(Chronology::Current, false), 6 + 3 + 0.5f);
 
