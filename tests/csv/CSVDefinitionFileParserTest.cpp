@@ -401,6 +401,14 @@ TEST_F(CSVDefinitionFileParserTest, OlderAndRepeatedColumnsAndNonFatalReads)
   EXPECT_FALSE(reader.parseFile(path));
   EXPECT_EQ(probe("B").getIntValue(Chronology::Initial, false), 5);
   EXPECT_EQ(probe("A").getIntValue(Chronology::Initial, false), 0);
+
+  // "Links:" holds entities without owning them, "Owns:" owns them.
+  OmbrixTest::writeFile(path, framed(header + "2-2,Probe,P,ReadWrite,L,List,R|Links:3-3,\n" +
+                                     "2-2,Probe,P,ReadWrite,M,List,R|Owns:4-4,\n" +
+                                     "3-3,Item,I,ReadWrite,X,Int,1,\n4-4,Item,J,ReadWrite,X,Int,1,\n"));
+  EXPECT_TRUE(reader.parseFile(path));
+  EXPECT_FALSE(static_cast<ListAttribute&>(probe("L")).getOwnsEntities());
+  EXPECT_TRUE(static_cast<ListAttribute&>(probe("M")).getOwnsEntities());
 }
 
 TEST_F(CSVDefinitionFileParserTest, StrictNumbersAndTheErrorObserver)
